@@ -1,0 +1,40 @@
+// What a program asks of its surroundings through the form engine: message boxes, its own
+// directory, whether another instance runs, and ending. The session answers boxes with OK at
+// once; the window shows them modally.
+#ifndef KETRA_PLATFORM_FORMS_SERVICES_H_
+#define KETRA_PLATFORM_FORMS_SERVICES_H_
+
+#include <string>
+#include <string_view>
+
+namespace ketra::forms {
+
+enum class MsgBoxStyle { kPlain, kInformation, kExclamation, kCritical };
+// "plain", "information", "exclamation", "critical".
+std::string_view MsgBoxStyleName(MsgBoxStyle style);
+
+// A modal box with the text, the style's icon, an OK button and no title of the program's own.
+// Show returns when the user has closed it.
+class MessageBoxService {
+ public:
+  virtual ~MessageBoxService() = default;
+  virtual void Show(std::string_view text, MsgBoxStyle style) = 0;
+};
+
+class AppServices {
+ public:
+  virtual ~AppServices() = default;
+  // The program's directory, without a separator at the end.
+  virtual std::string Path() const = 0;
+  // True when another instance of the program runs on the same hive.
+  virtual bool PrevInstance() = 0;
+};
+
+// Thrown when the form is unloaded or the program ends itself: it unwinds every handler and
+// routine up to the loop that drives the engine, which then stops. Not an error, and not a
+// failure any routine's error handling may catch.
+struct ProgramEnded {};
+
+}  // namespace ketra::forms
+
+#endif  // KETRA_PLATFORM_FORMS_SERVICES_H_
