@@ -1,0 +1,39 @@
+// The 12-byte record exchanged with the virtual serial port driver, each way, and how a port's
+// row becomes one. Byte layout: remote address (4, first octet first), remote port (2, signed,
+// little-endian), local port (2, signed, little-endian), flow control, XOFF, XON, Status.
+// Plain data and pure functions; thread-safe.
+#ifndef KETRA_CONFIG_APPL_DRIVER_VSP_COMMAND_H_
+#define KETRA_CONFIG_APPL_DRIVER_VSP_COMMAND_H_
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+namespace ketra {
+
+struct PortRecord;
+
+struct VspCommand {
+  std::uint32_t RemoteIP = 0;  // as inet_addr gives it: first octet in the lowest byte
+  std::int16_t RemotePort = 0;
+  std::int16_t LocalPort = 0;
+  std::uint8_t FlowControl = 0;  // 0 hardware, 1 software
+  std::uint8_t XOFF = 0;
+  std::uint8_t XON = 0;
+  std::uint8_t Status = 0;
+};
+
+inline constexpr std::size_t kVspCommandSize = 12;
+using VspBytes = std::array<std::uint8_t, kVspCommandSize>;
+
+VspBytes EncodeVspCommand(const VspCommand& command);
+VspCommand DecodeVspCommand(std::span<const std::uint8_t, kVspCommandSize> bytes);
+
+// The record a connect or disconnect sends for `row`: the leading numbers of its texts rounded
+// into their fields (halves to even), the address as inet_addr reads it, Status 0.
+// Throws runtime::ConversionError when a number does not fit its field.
+VspCommand CommandFromRow(const PortRecord& row);
+
+}  // namespace ketra
+
+#endif  // KETRA_CONFIG_APPL_DRIVER_VSP_COMMAND_H_
