@@ -1,0 +1,234 @@
+#include "platform/runtime/conversions.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+
+#include "platform/runtime/conversion_error.h"
+
+namespace ketra::runtime {
+namespace {
+
+struct NumberCase {
+  std::string text;
+  double value;
+};
+
+TEST(LeadingNumberTest, ReadsTheNumberAtTheStart) {
+  const NumberCase cases[] = {
+      {"", 0},
+      {"abc", 0},
+      {"459.95", 459.95},
+      {" 2 45 7", 2457},
+      {"    1615 198th Street N.E.", 1615198},
+      {"24 and 57", 24},
+      {"\t1\n2", 12},
+      {"12ab", 12},
+      {"03000", 3000},
+      {"3000 ", 3000},
+      {"1e3", 1000},
+      {"1E3", 1000},
+      {"1d2", 100},
+      {"1D-2", 0.01},
+      {"1e", 1},
+      {"1e+", 1},
+      {".", 0},
+      {"-", 0},
+      {"+", 0},
+      {"+.5", 0.5},
+      {"-2.5", -2.5},
+      {"5.", 5},
+      {"1.2.3", 1.2},
+      {"--5", 0},
+      {"$5", 0},
+      {"1,000", 1},
+      {"&HFFFF", -1},
+      {"&hff", 255},
+      {"&H8000", -32768},
+      {"&HFF", 255},
+      {"&H10000", 65536},
+      {"&HFFFFFFFF", -1},
+      {"&H0000FFFF", -1},
+      {"&H7FFFFFFF", 2147483647},
+      {"&H1G", 1},
+      {"&O17", 15},
+      {"&o177777", -1},
+      {"&O200000", 65536},
+      {"&O8", 0},
+      {"&", 0},
+      {"&X1", 0},
+      {"& H 1 F", 31},
+      {"1e-400", 0},
+      {"0e999999", 0},
+      {"1.7976931348623157e308", 1.7976931348623157e308},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(LeadingNumber(c.text), c.value) << '"' << c.text << '"';
+  }
+}
+
+TEST(LeadingNumberTest, FailsBeyondTheRangeOfADouble) {
+  for (const char* text :
+       {"1e309", "-1e400", "1e99999999999999999999", "&H100000000", "&O40000000000", "999e306"}) {
+    try {
+      LeadingNumber(text);
+      ADD_FAILURE() << text << " did not fail";
+    } catch (const ConversionError& e) {
+      EXPECT_EQ(e.failure(), ConversionFailure::kOverflow) << text;
+    }
+  }
+}
+
+TEST(IsNumericTest, WholeTextMustBeOneNumber) {
+  const std::pair<const char*, bool> cases[] = {
+      {"459.95", true}, {"45 Help", false}, {"", false},    {" ", false},    {" 17 ", true},
+      {"&H1F", true},   {"&O17", true},     {"&H", false},  {"+1", true},    {"-1", true},
+      {".5", true},     {"5.", true},       {"1e5", true},  {"1D5", true},   {"1e", false},
+      {"1e+", false},   {".", false},       {"-", false},   {"$5", false},   {"1,000", false},
+      {"(5)", false},   {"5-", false},      {"1 2", false}, {"\t3\n", true}, {"1.2.3", false},
+      {"&", false},     {"0x10", false},    {"1e-5", true},
+  };
+  for (const auto& [text, numeric] : cases) {
+    EXPECT_EQ(IsNumeric(text), numeric) << '"' << text << '"';
+  }
+}
+
+TEST(ByteFromTextTest, RoundsHalvesToEvenThenChecksTheRange) {
+  const std::pair<const char*, int> good[] = {
+      {" 17 ", 17}, {"&H11", 17}, {"1e2", 100},   {"-0.5", 0},  {"-0.4", 0}, {"0.5", 0},
+      {"1.5", 2},   {"2.5", 2},   {"255.4", 255}, {"255", 255}, {"0", 0},    {"66", 66},
+  };
+  for (const auto& [text, value] : good) {
+    EXPECT_EQ(ByteFromText(text), value) << '"' << text << '"';
+  }
+  const std::pair<const char*, ConversionFailure> bad[] = {
+      {"", ConversionFailure::kTypeMismatch},     {"abc", ConversionFailure::kTypeMismatch},
+      {"12ab", ConversionFailure::kTypeMismatch}, {" ", ConversionFailure::kTypeMismatch},
+      {"-0.6", ConversionFailure::kOverflow},     {"255.5", ConversionFailure::kOverflow},
+      {"256", ConversionFailure::kOverflow},      {"-1", ConversionFailure::kOverflow},
+      {"&HFFFF", ConversionFailure::kOverflow},   {"1e309", ConversionFailure::kOverflow},
+  };
+  for (const auto& [text, failure] : bad) {
+    try {
+      ByteFromText(text);
+      ADD_FAILURE() << '"' << text << "\" did not fail";
+    } catch (const ConversionError& e) {
+      EXPECT_EQ(e.failure(), failure) << '"' << text << '"';
+    }
+  }
+}
+
+TEST(RoundingTest, HalvesGoToTheEvenNeighbour) {
+  const std::pair<double, int> cases[] = {
+      {0.5, 0}, {1.5, 2}, {2.5, 2}, {3.5, 4}, {-0.5, 0}, {-1.5, -2}, {-2.5, -2}, {2.51, 3},
+  };
+  for (const auto& [value, rounded] : cases) {
+    EXPECT_EQ(RoundToInt16(value), rounded) << value;
+    EXPECT_EQ(RoundToInt32(value), rounded) << value;
+  }
+}
+
+TEST(RoundingTest, RangeIsCheckedAfterRounding) {
+  EXPECT_EQ(RoundToInt16(-32768.5), -32768);
+  EXPECT_EQ(RoundToInt16(32767.49), 32767);
+  EXPECT_EQ(RoundToInt32(-2147483648.5), std::numeric_limits<std::int32_t>::min());
+  EXPECT_EQ(RoundToInt32(2147483647.49), std::numeric_limits<std::int32_t>::max());
+  EXPECT_EQ(RoundToByte(255.4), 255);
+  EXPECT_EQ(RoundToByte(-0.5), 0);
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  for (double value : {-32768.51, 32767.5, 1e300, nan}) {
+    EXPECT_THROW(RoundToInt16(value), ConversionError) << value;
+  }
+  for (double value : {-2147483648.51, 2147483647.5, nan}) {
+    EXPECT_THROW(RoundToInt32(value), ConversionError) << value;
+  }
+  for (double value : {-0.6, 255.5, nan}) {
+    EXPECT_THROW(RoundToByte(value), ConversionError) << value;
+  }
+}
+
+TEST(NumberTextTest, FifteenSignificantDigitsThenExponentForm) {
+  const std::pair<double, const char*> cases[] = {
+      {0, "0"},
+      {-0.0, "0"},
+      {3000, "3000"},
+      {-459, "-459"},
+      {1.5, "1.5"},
+      {-459.65, "-459.65"},
+      {0.12, "0.12"},
+      {587311296, "587311296"},
+      {-939415360, "-939415360"},
+      {999999999999999, "999999999999999"},
+      {1e15, "1E+15"},
+      {-1e15, "-1E+15"},
+      {123456789012345678.0, "1.23456789012346E+17"},
+      {1.0 / 12, "8.33333333333333E-02"},
+      {0.0001, "0.0001"},
+      {0.00001, "0.00001"},
+      {1e-15, "0.000000000000001"},
+      {1e-16, "1E-16"},
+      {0.123456789012345, "0.123456789012345"},
+      {2.0 / 3, "0.666666666666667"},
+      {1234567.891, "1234567.891"},
+      {1e300, "1E+300"},
+      {1.5e-300, "1.5E-300"},
+      {9999999999999999.0, "1E+16"},
+  };
+  for (const auto& [value, text] : cases) {
+    EXPECT_EQ(NumberText(value), text) << value;
+  }
+}
+
+TEST(NumberTextTest, SignPlaceForZeroAndAbove) {
+  const std::pair<double, const char*> cases[] = {
+      {459, " 459"},   {-459.65, "-459.65"}, {0, " 0"},       {0.12, " .12"},
+      {-0.12, "-.12"}, {1e15, " 1E+15"},     {3001, " 3001"}, {-1, "-1"},
+  };
+  for (const auto& [value, text] : cases) {
+    EXPECT_EQ(SignedNumberText(value), text) << value;
+  }
+}
+
+TEST(NumberTextTest, ANumberTextReadsBackAsTheSameNumber) {
+  for (double value : {3000.0, -459.65, 0.00001, 1.0 / 12, 1e15, 65535.0, -32768.0}) {
+    const double back = LeadingNumber(NumberText(value));
+    EXPECT_NEAR(back, value, std::fabs(value) * 1e-14) << value;
+    EXPECT_NEAR(LeadingNumber(SignedNumberText(value)), value, std::fabs(value) * 1e-14);
+  }
+}
+
+TEST(CharCodeTest, CodeOfTheFirstByte) {
+  EXPECT_EQ(CharCode("B"), 66);
+  EXPECT_EQ(CharCode("AB"), 65);
+  EXPECT_EQ(CharCode("\xE9"), 0xE9);
+  EXPECT_EQ(CharCode(std::string_view("\0x", 2)), 0);
+  try {
+    CharCode("");
+    ADD_FAILURE() << "empty text did not fail";
+  } catch (const ConversionError& e) {
+    EXPECT_EQ(e.failure(), ConversionFailure::kInvalidCall);
+  }
+}
+
+TEST(TruthFromTextTest, NumbersAndWords) {
+  const std::pair<const char*, int> cases[] = {
+      {"-1", -1},   {"0", 0},     {"1", -1},      {"49", -1},   {"0.0", 0}, {" 2 ", -1},
+      {"True", -1}, {"FALSE", 0}, {" true ", -1}, {"false", 0}, {"&H0", 0}, {"0.4", -1},
+  };
+  for (const auto& [text, truth] : cases) {
+    EXPECT_EQ(TruthFromText(text), truth) << '"' << text << '"';
+  }
+  for (const char* text : {"", "yes", "T", "1a", " "}) {
+    try {
+      TruthFromText(text);
+      ADD_FAILURE() << '"' << text << "\" did not fail";
+    } catch (const ConversionError& e) {
+      EXPECT_EQ(e.failure(), ConversionFailure::kTypeMismatch) << text;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace ketra::runtime

@@ -1,0 +1,99 @@
+#include "platform/runtime/text_file.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace ketra::runtime {
+namespace {
+
+std::vector<std::string> AllLines(TextReader& reader) {
+  std::vector<std::string> lines;
+  while (auto line = reader.ReadLine()) lines.push_back(*line);
+  return lines;
+}
+
+struct LinesCase {
+  std::string contents;
+  std::vector<std::string> lines;
+};
+
+const LinesCase kLineCases[] = {
+    {"", {}},
+    {"\n", {""}},
+    {"a", {"a"}},
+    {"a\n", {"a"}},
+    {"a\r\n", {"a"}},
+    {"a\nb", {"a", "b"}},
+    {"a\r\nb\r\n", {"a", "b"}},
+    {"a\n\nb\n", {"a", "", "b"}},
+    {"a\r\n\r\n", {"a", ""}},
+    {"mixed\r\nends\nhere", {"mixed", "ends", "here"}},
+    {"lone\rcarriage\n", {"lone\rcarriage"}},
+    {"\xE9t\xE9\n", {"\xE9t\xE9"}},
+    {std::string("nul\0inside\n", 11), {std::string("nul\0inside", 10)}},
+};
+
+TEST(TextFileTest, StringReaderSplitsLines) {
+  for (const auto& c : kLineCases) {
+    auto reader = MakeStringReader(c.contents);
+    EXPECT_EQ(AllLines(*reader), c.lines) << c.contents;
+    EXPECT_FALSE(reader->ReadLine().has_value());
+  }
+}
+
+TEST(TextFileTest, MemoryFileSystemFindsFilesByExactPath) {
+  MemoryFileSystem files;
+  files.Put("/opt/ketra/tessaronconfigfile.txt", "1\r\n2\r\n");
+  EXPECT_EQ(files.OpenTextFile("/opt/ketra/TessaronConfigFile.txt"), nullptr);
+  auto reader = files.OpenTextFile("/opt/ketra/tessaronconfigfile.txt");
+  ASSERT_NE(reader, nullptr);
+  EXPECT_EQ(AllLines(*reader), (std::vector<std::string>{"1", "2"}));
+}
+
+class PosixFileTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    char pattern[] = "/tmp/ketra-text-XXXXXX";
+    ASSERT_NE(mkdtemp(pattern), nullptr);
+    dir_ = pattern;
+  }
+  void TearDown() override { std::system(("rm -rf " + dir_).c_str()); }
+  std::string dir_;
+};
+
+TEST_F(PosixFileTest, ReadsLikeTheStringReader) {
+  auto files = MakePosixFileSystem();
+  const std::string path = dir_ + "/settings.txt";
+  for (const auto& c : kLineCases) {
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << c.contents;
+    auto reader = files->OpenTextFile(path);
+    ASSERT_NE(reader, nullptr);
+    EXPECT_EQ(AllLines(*reader), c.lines) << c.contents;
+  }
+}
+
+TEST_F(PosixFileTest, MissingFileOrDirectoryGivesNoReader) {
+  auto files = MakePosixFileSystem();
+  EXPECT_EQ(files->OpenTextFile(dir_ + "/missing.txt"), nullptr);
+  EXPECT_EQ(files->OpenTextFile(dir_), nullptr);
+}
+
+TEST_F(PosixFileTest, LongFileReadsWhole) {
+  std::string contents;
+  for (int i = 0; i < 20000; ++i) contents += std::to_string(i) + "\r\n";
+  const std::string path = dir_ + "/long.txt";
+  std::ofstream(path, std::ios::binary) << contents;
+  auto reader = MakePosixFileSystem()->OpenTextFile(path);
+  ASSERT_NE(reader, nullptr);
+  auto lines = AllLines(*reader);
+  ASSERT_EQ(lines.size(), 20000u);
+  EXPECT_EQ(lines[19999], "19999");
+}
+
+}  // namespace
+}  // namespace ketra::runtime
