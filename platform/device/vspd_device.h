@@ -1,0 +1,36 @@
+// The device calls of this machine: each open connects to the driver daemon's control socket and
+// names the device path; each control call is one request and one answer on that connection;
+// close ends it. Handles are small numbers of this object, one connection each.
+//
+// When the daemon is absent or refuses the path, CreateFile gives kInvalidHandleValue. When the
+// daemon does not answer a control call within the answer time-out, the call succeeds with the
+// output record all zero but Status 19 ("Connection Timed Out"), and the connection is dropped;
+// a daemon that goes away mid-call makes the call fail with the output unwritten.
+// Owns its connections; one thread at a time.
+#ifndef KETRA_PLATFORM_DEVICE_VSPD_DEVICE_H_
+#define KETRA_PLATFORM_DEVICE_VSPD_DEVICE_H_
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/device/device.h"
+
+namespace ketra::device {
+
+inline constexpr std::chrono::milliseconds kDefaultVspdAnswerTimeout{10000};
+inline constexpr std::uint8_t kStatusTimedOut = 19;
+
+std::unique_ptr<DeviceIo> MakeVspdDevice(std::string socket_path);
+std::unique_ptr<DeviceIo> MakeVspdDevice(std::string socket_path,
+                                         std::chrono::milliseconds answer_timeout);
+
+// The daemon's status document (JSON text), for its client; nullopt when the daemon is absent,
+// silent or answers anything else.
+std::optional<std::string> QueryVspdStatus(const std::string& socket_path,
+                                           std::chrono::milliseconds answer_timeout);
+
+}  // namespace ketra::device
+
+#endif  // KETRA_PLATFORM_DEVICE_VSPD_DEVICE_H_

@@ -1,0 +1,163 @@
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include <cerrno>
+#include <cstring>
+#include <map>
+#include <utility>
+#include <vector>
+
+#include "platform/device/vspd_device.h"
+#include "platform/device/vspd_protocol.h"
+#include "platform/net/fd.h"
+
+namespace ketra::device {
+namespace {
+
+using net::Fd;
+
+Fd ConnectTo(const std::string& socket_path) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  if (socket_path.empty() || socket_path.size() >= sizeof address.sun_path) return Fd();
+  std::memcpy(address.sun_path, socket_path.data(), socket_path.size());
+  Fd fd(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+  if (!fd) return Fd();
+  if (::connect(fd.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+    return Fd();
+  }
+  return fd;
+}
+
+enum class Outcome { kAnswered, kTimedOut, kBroken };
+
+// One request and its answer. A record that is not a valid reply counts as a broken channel.
+Outcome Exchange(const Fd& fd, const vspd::Request& request, std::chrono::milliseconds timeout,
+                 vspd::Reply* reply) {
+  const auto message = vspd::EncodeRequest(request);
+  if (::send(fd.get(), message.data(), message.size(), MSG_NOSIGNAL) !=
+      static_cast<ssize_t>(message.size())) {
+    return Outcome::kBroken;
+  }
+  pollfd watch{fd.get(), POLLIN, 0};
+  int ready = 0;
+  do {
+    ready = ::poll(&watch, 1, static_cast<int>(timeout.count()));
+  } while (ready < 0 && errno == EINTR);
+  if (ready == 0) return Outcome::kTimedOut;
+  if (ready < 0) return Outcome::kBroken;
+  std::vector<std::uint8_t> buffer(vspd::kMaxMessageSize);
+  const ssize_t size = ::recv(fd.get(), buffer.data(), buffer.size(), MSG_TRUNC);
+  if (size <= 0 || static_cast<std::size_t>(size) > buffer.size()) return Outcome::kBroken;
+  vspd::ParseError error = vspd::ParseError::kNone;
+  auto parsed = vspd::ParseReply(std::span(buffer.data(), static_cast<std::size_t>(size)), &error);
+  if (!parsed) return Outcome::kBroken;
+  *reply = std::move(*parsed);
+  return Outcome::kAnswered;
+}
+
+class VspdDevice final : public DeviceIo {
+ public:
+  VspdDevice(std::string socket_path, std::chrono::milliseconds timeout)
+      : socket_path_(std::move(socket_path)), timeout_(timeout) {}
+
+  Handle CreateFile(std::string_view path, std::uint32_t, std::uint32_t, const SecurityAttributes*,
+                    std::uint32_t, std::uint32_t, Handle) override {
+    if (path.empty() || path.size() > vspd::kMaxPathLength) return kInvalidHandleValue;
+    Fd fd = ConnectTo(socket_path_);
+    if (!fd) return kInvalidHandleValue;
+    vspd::Reply reply;
+    if (Exchange(fd, vspd::OpenRequest{std::string(path)}, timeout_, &reply) !=
+        Outcome::kAnswered) {
+      return kInvalidHandleValue;
+    }
+    const auto* open = std::get_if<vspd::OpenReply>(&reply);
+    if (open == nullptr || open->error != vspd::kErrorSuccess) return kInvalidHandleValue;
+    const Handle handle = next_handle_;
+    next_handle_ = next_handle_ == 0x7FFFFFFF ? 1 : next_handle_ + 1;
+    connections_[handle] = std::move(fd);
+    return handle;
+  }
+
+  bool DeviceIoControl(Handle device, std::uint32_t control_code, const std::uint8_t* in,
+                       std::uint32_t in_size, std::uint8_t* out, std::uint32_t out_size,
+                       std::uint32_t* bytes_returned) override {
+    if (bytes_returned != nullptr) *bytes_returned = 0;
+    const auto found = connections_.find(device);
+    if (found == connections_.end()) return false;
+    if (in == nullptr || in_size != vspd::kRecordSize || out == nullptr ||
+        out_size < vspd::kRecordSize) {
+      return false;
+    }
+    vspd::IoctlRequest request{control_code, {}};
+    std::memcpy(request.input.data(), in, vspd::kRecordSize);
+    vspd::Reply reply;
+    switch (Exchange(found->second, request, timeout_, &reply)) {
+      case Outcome::kAnswered:
+        break;
+      case Outcome::kTimedOut: {
+        // A late answer must not be mistaken for the next call's, so the connection goes.
+        found->second.Reset();
+        vspd::Record timed_out{};
+        timed_out[vspd::kRecordSize - 1] = kStatusTimedOut;
+        std::memcpy(out, timed_out.data(), vspd::kRecordSize);
+        if (bytes_returned != nullptr) *bytes_returned = vspd::kRecordSize;
+        return true;
+      }
+      case Outcome::kBroken:
+        found->second.Reset();
+        return false;
+    }
+    const auto* answer = std::get_if<vspd::IoctlReply>(&reply);
+    if (answer == nullptr || answer->error != vspd::kErrorSuccess) return false;
+    std::memcpy(out, answer->output.data(), vspd::kRecordSize);
+    if (bytes_returned != nullptr) *bytes_returned = vspd::kRecordSize;
+    return true;
+  }
+
+  bool CloseHandle(Handle device) override {
+    const auto found = connections_.find(device);
+    if (found == connections_.end()) return false;
+    bool ok = false;
+    if (found->second.valid()) {
+      vspd::Reply reply;
+      ok = Exchange(found->second, vspd::CloseRequest{}, timeout_, &reply) == Outcome::kAnswered &&
+           std::holds_alternative<vspd::CloseReply>(reply);
+    }
+    connections_.erase(found);
+    return ok;
+  }
+
+ private:
+  std::string socket_path_;
+  std::chrono::milliseconds timeout_;
+  std::map<Handle, Fd> connections_;
+  Handle next_handle_ = 1;
+};
+
+}  // namespace
+
+std::unique_ptr<DeviceIo> MakeVspdDevice(std::string socket_path) {
+  return MakeVspdDevice(std::move(socket_path), kDefaultVspdAnswerTimeout);
+}
+
+std::unique_ptr<DeviceIo> MakeVspdDevice(std::string socket_path,
+                                         std::chrono::milliseconds answer_timeout) {
+  return std::make_unique<VspdDevice>(std::move(socket_path), answer_timeout);
+}
+
+std::optional<std::string> QueryVspdStatus(const std::string& socket_path,
+                                           std::chrono::milliseconds answer_timeout) {
+  const Fd fd = ConnectTo(socket_path);
+  if (!fd) return std::nullopt;
+  vspd::Reply reply;
+  if (Exchange(fd, vspd::StatusRequest{}, answer_timeout, &reply) != Outcome::kAnswered) {
+    return std::nullopt;
+  }
+  auto* status = std::get_if<vspd::StatusReply>(&reply);
+  if (status == nullptr) return std::nullopt;
+  return std::move(status->json);
+}
+
+}  // namespace ketra::device
