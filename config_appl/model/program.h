@@ -87,7 +87,9 @@ class Program {
   const forms::Control& Ctl(std::string_view name) const { return form_.at(name); }
   const std::string& Text(std::string_view name) const { return form_.at(name).text; }
   bool Value(std::string_view name) const { return form_.at(name).value; }
-  void SetText(std::string_view name, std::string_view text) { form_.SetText(form_.Id(name), text); }
+  void SetText(std::string_view name, std::string_view text) {
+    form_.SetText(form_.Id(name), text);
+  }
   void SetValue(std::string_view name, bool value) { form_.SetValue(form_.Id(name), value); }
   void SetEnabled(std::string_view name, bool on) { form_.SetEnabled(form_.Id(name), on); }
   void MsgBox(std::string_view text, forms::MsgBoxStyle style) { form_.MsgBox(text, style); }

@@ -1,0 +1,87 @@
+#include "config_appl/form/configure_from_the_file2.h"
+
+#include <cstdio>
+#include <string_view>
+#include <vector>
+
+#include "config_appl/store/registry_value.h"
+#include "platform/runtime/conversions.h"
+
+namespace ketra {
+namespace {
+
+std::vector<std::string> SplitAtDots(const std::string& text) {
+  std::vector<std::string> parts;
+  std::string::size_type start = 0;
+  for (;;) {
+    const auto dot = text.find('.', start);
+    parts.push_back(text.substr(start, dot == std::string::npos ? std::string::npos : dot - start));
+    if (dot == std::string::npos) return parts;
+    start = dot + 1;
+  }
+}
+
+}  // namespace
+
+std::string FlowCharDisplay(double code) {
+  const std::int32_t whole = runtime::RoundToInt32(code);
+  if (code >= 33 && code <= 126) return std::string(1, static_cast<char>(whole));
+  char hex[16];
+  std::snprintf(hex, sizeof hex, "&H%X", static_cast<unsigned>(whole));
+  return hex;
+}
+
+void ConfigureFromTheFile2(Program& p) {
+  using runtime::LeadingNumber;
+  const std::string port = p.Text("CMB_PORT");
+  if (port.empty()) return;
+  Declarations& d = p.decl();
+  for (int r = 0; r <= d.LastPort; ++r) {
+    PortRecord& row = d.PortTable[r];
+    if (row.PortName != port) continue;
+    const std::string name = row.PortName;
+    auto read = [&](std::string_view value_name) -> const std::string& {
+      return ReadPortValue(p, name, value_name);
+    };
+
+    if (LeadingNumber(read("ENABLED")) == 49) {
+      row.Enabled = -1;
+      p.SetValue("OPT_ENB", true);
+      p.SetValue("OPT_DSB", false);
+    } else {
+      row.Enabled = 0;
+      p.SetValue("OPT_ENB", false);
+      p.SetValue("OPT_DSB", true);
+    }
+
+    row.LocalPort = read("LOCALPORT");
+    p.SetText("TXT_LOCPORT", d.RegValue);
+
+    if (LeadingNumber(read("FLOWCONTROL")) == 49) {
+      row.FlowControl = "1";
+      p.SetValue("OPT_SWF", true);
+      const std::string& xoff = read("XOFF");
+      row.XOFF = runtime::ByteFromText(xoff);
+      p.SetText("TXT_XOFF", FlowCharDisplay(LeadingNumber(d.RegValue)));
+      const std::string& xon = read("XON");
+      row.XON = runtime::ByteFromText(xon);
+      p.SetText("TXT_XON", FlowCharDisplay(LeadingNumber(d.RegValue)));
+    } else {
+      row.FlowControl = "0";
+      p.SetValue("OPT_HWF", true);
+    }
+
+    const std::string dotted = IpFromLong(runtime::RoundToInt32(LeadingNumber(read("REMOTEIP"))));
+    row.RemoteIP = dotted;
+    const std::vector<std::string> parts = SplitAtDots(dotted);
+    p.SetText("TXT_IP1", parts.at(0));
+    p.SetText("TXT_IP2", parts.at(1));
+    p.SetText("TXT_IP3", parts.at(2));
+    p.SetText("TXT_IP4", parts.at(3));
+
+    row.RemotePort = read("REMOTEPORT");
+    p.SetText("TXT_UDP", d.RegValue);
+  }
+}
+
+}  // namespace ketra

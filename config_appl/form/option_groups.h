@@ -1,0 +1,17 @@
+// The two option groups of the Config page switch the Enabled flags of the controls that depend
+// on them, so the form greys what does not apply. They read and store nothing.
+#ifndef KETRA_CONFIG_APPL_FORM_OPTION_GROUPS_H_
+#define KETRA_CONFIG_APPL_FORM_OPTION_GROUPS_H_
+
+#include "config_appl/model/program.h"
+
+namespace ketra {
+
+void OPT_ENB_Click(Program& p);
+void OPT_DSB_Click(Program& p);
+void OPT_SWF_Click(Program& p);
+void OPT_HWF_Click(Program& p);
+
+}  // namespace ketra
+
+#endif  // KETRA_CONFIG_APPL_FORM_OPTION_GROUPS_H_

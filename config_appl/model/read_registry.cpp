@@ -1,0 +1,69 @@
+#include "config_appl/model/read_registry.h"
+
+#include <cstdint>
+#include <string>
+
+#include "platform/registry/registry.h"
+
+namespace ketra {
+namespace {
+
+std::string TrimSpaces(std::string_view text) {
+  const auto first = text.find_first_not_of(' ');
+  if (first == std::string_view::npos) return {};
+  const auto last = text.find_last_not_of(' ');
+  return std::string(text.substr(first, last - first + 1));
+}
+
+}  // namespace
+
+std::string PortNameFromValueText(std::string_view value_text) {
+  std::string_view name = value_text.substr(0, 5);
+  const bool ends_in_digit = !name.empty() && name.back() >= '0' && name.back() <= '9';
+  if (!ends_in_digit) name = value_text.substr(0, 4);
+  return TrimSpaces(name);
+}
+
+void ReadRegistry(Program& p) {
+  registry::Registry& reg = p.registry();
+  Declarations& d = p.decl();
+
+  // No status is looked at: a level that does not open leaves its handle 0, and every later
+  // open and query on it finds nothing.
+  registry::HKey hardware = 0;
+  registry::HKey devicemap = 0;
+  registry::HKey serialcomm = 0;
+  reg.OpenKey(registry::kHKeyLocalMachine, "HARDWARE", &hardware);
+  reg.OpenKey(hardware, "DEVICEMAP", &devicemap);
+  reg.OpenKey(devicemap, "SERIALCOMM", &serialcomm);
+
+  // The length is deliberately kept across passes: a device number without a value leaves the
+  // previous value's length, and the buffer of that many NULs then fails the test below.
+  std::uint32_t value_length = 0;
+  int next_row = 0;
+  std::string value_name;
+  std::string value_text;
+  for (int device = 0; device <= 9999; ++device) {
+    value_name = "\\Device\\TesSerial";
+    value_name += std::to_string(device);
+    std::uint32_t type = registry::kRegSz;
+    reg.QueryValueEx(serialcomm, value_name, &type, nullptr, &value_length);
+    value_text.assign(value_length, '\0');
+    type = registry::kRegSz;
+    reg.QueryValueEx(serialcomm, value_name, &type,
+                     reinterpret_cast<std::uint8_t*>(value_text.data()), &value_length);
+
+    if (value_text.empty() || value_text[0] != 'C') continue;
+    std::string name = PortNameFromValueText(value_text);
+    if (next_row == kPortTableRows) break;
+    d.PortCount = static_cast<std::int16_t>(d.PortCount + 1);
+    d.PortTable[next_row].PortName = std::move(name);
+    ++next_row;
+  }
+
+  reg.CloseKey(serialcomm);
+  reg.CloseKey(devicemap);
+  reg.CloseKey(hardware);
+}
+
+}  // namespace ketra

@@ -1,0 +1,38 @@
+#include "config_appl/store/settings_load.h"
+
+#include "config_appl/store/registry_value.h"
+#include "platform/runtime/conversions.h"
+
+namespace ketra {
+
+void ReadPortSettings(registry::Registry& reg, std::string& reg_value, PortRecord& row) {
+  using runtime::LeadingNumber;
+  const std::string& name = row.PortName;
+  auto read = [&](std::string_view value_name) -> const std::string& {
+    return ReadPortValue(reg, reg_value, name, value_name);
+  };
+  row.Enabled = LeadingNumber(read("ENABLED")) == 49 ? -1 : 0;
+  row.LocalPort = read("LOCALPORT");
+  row.FlowControl = LeadingNumber(read("FLOWCONTROL")) == 48 ? "0" : "1";
+  if (row.FlowControl == "1") {
+    row.XOFF = runtime::ByteFromText(read("XOFF"));
+    row.XON = runtime::ByteFromText(read("XON"));
+  }
+  const double address = LeadingNumber(read("REMOTEIP"));
+  row.RemoteIP = IpFromLong(runtime::RoundToInt32(address));
+  row.RemotePort = read("REMOTEPORT");
+}
+
+void ReadTheRegistry(Program& p) {
+  Declarations& d = p.decl();
+  bool read_a_key = false;
+  for (int r = 0; r <= d.LastPort; ++r) {
+    PortRecord& row = d.PortTable[r];
+    const bool has_key = PortKeyExists(p.registry(), row.PortName);
+    if (!has_key && read_a_key) continue;
+    read_a_key = read_a_key || has_key;
+    ReadPortSettings(p.registry(), d.RegValue, row);
+  }
+}
+
+}  // namespace ketra

@@ -1,0 +1,40 @@
+#include "config_appl/store/settings_save.h"
+
+#include <cstdint>
+
+#include "config_appl/store/registry_value.h"
+#include "platform/net/inet.h"
+#include "platform/runtime/conversions.h"
+
+namespace ketra {
+
+std::string StoredSwitch(bool on) { return on ? "49" : "48"; }
+
+std::string StoredPortNumber(const std::string& port_text) {
+  return runtime::NumberText(runtime::LeadingNumber(port_text));
+}
+
+std::string StoredAddress(const std::string& dotted) {
+  return std::to_string(static_cast<std::int32_t>(net::InetAddr(dotted)));
+}
+
+void CreateConfigFile2(Program& p) {
+  Declarations& d = p.decl();
+  for (int r = 0; r <= d.LastPort; ++r) {
+    const PortRecord& row = d.PortTable[r];
+    auto write = [&](std::string_view name, const std::string& text) {
+      SetRegistryValue(p, registry::kHKeyLocalMachine, kCompany, kProduct, row.PortName, name,
+                       text);
+    };
+    write("PORTNAME", row.PortName);
+    write("ENABLED", StoredSwitch(row.Enabled == -1));
+    write("FLOWCONTROL", StoredSwitch(row.FlowControl == "1"));
+    write("XON", std::to_string(row.XON));
+    write("XOFF", std::to_string(row.XOFF));
+    write("LOCALPORT", StoredPortNumber(row.LocalPort));
+    write("REMOTEPORT", StoredPortNumber(row.RemotePort));
+    write("REMOTEIP", StoredAddress(row.RemoteIP));
+  }
+}
+
+}  // namespace ketra

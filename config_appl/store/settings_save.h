@@ -1,0 +1,23 @@
+// Saving the settings of every port: one key per port under
+// HKEY_LOCAL_MACHINE\Software\Tessaron\VSP, eight type 0 texts each, written in a fixed order,
+// each with one complete SetRegistryValue.
+#ifndef KETRA_CONFIG_APPL_STORE_SETTINGS_SAVE_H_
+#define KETRA_CONFIG_APPL_STORE_SETTINGS_SAVE_H_
+
+#include <string>
+
+#include "config_appl/model/program.h"
+
+namespace ketra {
+
+void CreateConfigFile2(Program& p);
+
+// The stored forms: "49"/"48" for the two switches, the leading number of a port text as plain
+// number text, the address as the decimal signed 32-bit inet_addr result.
+std::string StoredSwitch(bool on);
+std::string StoredPortNumber(const std::string& port_text);
+std::string StoredAddress(const std::string& dotted);
+
+}  // namespace ketra
+
+#endif  // KETRA_CONFIG_APPL_STORE_SETTINGS_SAVE_H_
