@@ -105,6 +105,21 @@ class Form {
   void Changed(ControlId id);
   void MoveFocus(ControlId id);
 
+  Control& Mutable(ControlId id) { return controls_.at(static_cast<size_t>(id)); }
+  // Throws std::invalid_argument unless the control is of the kind.
+  void Require(ControlId id, Kind kind, std::string_view action) const;
+  // Whether the control fills a page of a tab control that another page hides.
+  bool OnHiddenPage(const Control& control) const;
+  // The controls Tab visits, in rising TabIndex.
+  std::vector<ControlId> TabStops() const;
+  ControlId TabControl() const;  // the first tab control, or kNoControl
+  // Selects an entry of a combo box and raises its Click.
+  void SelectEntry(ControlId id, int index);
+  // A user's edit of a text box: the new text and caret, then Change if the text differs.
+  void Edit(ControlId id, std::string text, int caret);
+  // Reach and kind of a box the user edits, then the focus if it lacks it.
+  Refusal PrepareEdit(ControlId id, std::string_view action);
+
   std::vector<Control> controls_;
   std::map<std::string, ControlId, std::less<>> by_upper_name_;
   std::map<std::pair<ControlId, Notification>, Handler> handlers_;

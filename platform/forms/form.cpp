@@ -1,0 +1,522 @@
+// The headless form engine. Every rule the program relies on lives here, so that the session
+// and the window, which both drive a Form, behave alike.
+#include "platform/forms/form.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace ketra::forms {
+namespace {
+
+std::string Upper(std::string_view name) {
+  std::string upper(name);
+  for (char& ch : upper) {
+    if (ch >= 'a' && ch <= 'z') ch = static_cast<char>(ch - 'a' + 'A');
+  }
+  return upper;
+}
+
+bool TakesFocus(Kind kind) {
+  switch (kind) {
+    case Kind::kTab:
+    case Kind::kTextBox:
+    case Kind::kOption:
+    case Kind::kComboBox:
+    case Kind::kButton:
+    case Kind::kUpDown:
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool HasCaption(Kind kind) {
+  switch (kind) {
+    case Kind::kForm:
+    case Kind::kFrame:
+    case Kind::kLabel:
+    case Kind::kButton:
+    case Kind::kOption:
+      return true;
+    default:
+      return false;
+  }
+}
+
+// The selection of a box held in range of its text, whatever the program assigned.
+struct Selection {
+  size_t start;
+  size_t length;
+};
+
+Selection SelectionOf(const Control& box) {
+  const size_t size = box.text.size();
+  const size_t start = std::min(static_cast<size_t>(std::max(box.sel_start, 0)), size);
+  const size_t length = std::min(static_cast<size_t>(std::max(box.sel_length, 0)), size - start);
+  return {start, length};
+}
+
+}  // namespace
+
+Form::Form(std::span<const ControlSpec> layout, MessageBoxService& boxes) : boxes_(boxes) {
+  if (layout.empty() || layout.front().kind != Kind::kForm) {
+    throw std::invalid_argument("a layout begins with the form's own row");
+  }
+  controls_.reserve(layout.size());
+  for (const ControlSpec& spec : layout) {
+    Control control;
+    control.name = spec.name;
+    control.kind = spec.kind;
+    if (!controls_.empty()) {
+      if (spec.kind == Kind::kForm) throw std::invalid_argument("a layout has one form row");
+      control.container = Find(spec.container);
+      if (control.container == kNoControl) {
+        throw std::invalid_argument("container " + std::string(spec.container) + " of " +
+                                    std::string(spec.name) + " is not laid out before it");
+      }
+    }
+    if (spec.tab_page >= 0) {
+      const bool on_tab =
+          control.container != kNoControl && at(control.container).kind == Kind::kTab;
+      if (!on_tab || spec.tab_page >= static_cast<int>(at(control.container).tabs.size())) {
+        throw std::invalid_argument(std::string(spec.name) + " fills no page of a tab control");
+      }
+    }
+    control.tab_page = spec.tab_page;
+    control.left = spec.left;
+    control.top = spec.top;
+    control.width = spec.width;
+    control.height = spec.height;
+    control.tab_index = spec.tab_index;
+    control.caption = spec.caption;
+    if (spec.kind == Kind::kTextBox || spec.kind == Kind::kComboBox) control.text = spec.caption;
+    control.max_length = spec.max_length;
+    control.visible = spec.visible;
+    control.enabled = spec.enabled;
+    control.value = spec.value;
+    control.picture = spec.picture;
+    control.interval = spec.interval;
+    control.centred = spec.centred;
+    control.tabs.assign(spec.tabs.begin(), spec.tabs.end());
+    const auto [where, fresh] =
+        by_upper_name_.emplace(Upper(spec.name), static_cast<ControlId>(controls_.size()));
+    if (!fresh) throw std::invalid_argument("two controls are named " + std::string(spec.name));
+    controls_.push_back(std::move(control));
+  }
+}
+
+ControlId Form::Find(std::string_view name) const {
+  const auto it = by_upper_name_.find(Upper(name));
+  return it == by_upper_name_.end() ? kNoControl : it->second;
+}
+
+ControlId Form::Id(std::string_view name) const {
+  const ControlId id = Find(name);
+  if (id == kNoControl) throw std::out_of_range("unknown control " + std::string(name));
+  return id;
+}
+
+void Form::On(std::string_view name, Notification notification, Handler handler) {
+  handlers_[{Id(name), notification}] = std::move(handler);
+}
+
+void Form::Raise(ControlId id, Notification notification) {
+  const auto it = handlers_.find({id, notification});
+  if (it == handlers_.end()) return;
+  // A copy: the handler may replace itself while it runs.
+  const Handler handler = it->second;
+  handler();
+}
+
+void Form::Changed(ControlId id) {
+  if (observer_) observer_(id);
+}
+
+void Form::Require(ControlId id, Kind kind, std::string_view action) const {
+  if (at(id).kind != kind) {
+    throw std::invalid_argument(std::string(action) + " does not apply to " + at(id).name);
+  }
+}
+
+// --- The program's assignments. ---
+
+void Form::SetText(ControlId id, std::string_view text) {
+  Control& control = Mutable(id);
+  switch (control.kind) {
+    case Kind::kTextBox: {
+      const bool differs = control.text != text;
+      const bool caret_moves = control.sel_start != 0 || control.sel_length != 0;
+      control.text = text;
+      control.sel_start = 0;
+      control.sel_length = 0;
+      if (differs || caret_moves) Changed(id);
+      if (differs) Raise(id, Notification::kChange);
+      return;
+    }
+    case Kind::kComboBox: {
+      const auto entry = std::find(control.items.begin(), control.items.end(), text);
+      if (entry != control.items.end()) {
+        SelectEntry(id, static_cast<int>(entry - control.items.begin()));
+        return;
+      }
+      if (control.list_index == -1 && control.text == text) return;
+      control.list_index = -1;
+      control.text = text;
+      Changed(id);
+      return;
+    }
+    default:
+      if (!HasCaption(control.kind)) {
+        throw std::invalid_argument(control.name + " has no text");
+      }
+      if (control.caption != text) {
+        control.caption = text;
+        Changed(id);
+      }
+      return;
+  }
+}
+
+void Form::SelectEntry(ControlId id, int index) {
+  Control& box = Mutable(id);
+  box.list_index = index;
+  box.text = box.items.at(static_cast<size_t>(index));
+  Changed(id);
+  Raise(id, Notification::kClick);
+}
+
+void Form::SetValue(ControlId id, bool value) {
+  Require(id, Kind::kOption, "a value");
+  Control& option = Mutable(id);
+  if (!value) {
+    if (option.value) {
+      option.value = false;
+      Changed(id);
+    }
+    return;
+  }
+  if (option.value) return;
+  for (ControlId other = 0; other < size(); ++other) {
+    Control& sibling = Mutable(other);
+    if (other != id && sibling.kind == Kind::kOption && sibling.container == option.container &&
+        sibling.value) {
+      sibling.value = false;
+      Changed(other);
+    }
+  }
+  option.value = true;
+  Changed(id);
+  Raise(id, Notification::kClick);
+}
+
+void Form::SetEnabled(ControlId id, bool enabled) {
+  Control& control = Mutable(id);
+  if (control.enabled == enabled) return;
+  control.enabled = enabled;
+  Changed(id);
+}
+
+void Form::SetVisible(ControlId id, bool visible) {
+  Control& control = Mutable(id);
+  if (control.visible == visible) return;
+  control.visible = visible;
+  Changed(id);
+}
+
+void Form::SetListItem(ControlId id, int index, std::string_view text) {
+  Require(id, Kind::kComboBox, "a list entry");
+  Control& box = Mutable(id);
+  if (index < 0 || index > static_cast<int>(box.items.size())) {
+    throw std::out_of_range("entry " + std::to_string(index) + " of " + box.name);
+  }
+  if (index == static_cast<int>(box.items.size())) {
+    box.items.emplace_back(text);
+  } else {
+    box.items[static_cast<size_t>(index)] = text;
+    if (index == box.list_index) box.text = text;
+  }
+  Changed(id);
+}
+
+void Form::SetSelStart(ControlId id, int sel_start) {
+  Require(id, Kind::kTextBox, "a caret");
+  if (sel_start < 0) throw std::invalid_argument("a negative caret position");
+  Control& box = Mutable(id);
+  const int start = std::min(sel_start, static_cast<int>(box.text.size()));
+  if (box.sel_start == start && box.sel_length == 0) return;
+  box.sel_start = start;
+  box.sel_length = 0;
+  Changed(id);
+}
+
+void Form::SetSelLength(ControlId id, int sel_length) {
+  Require(id, Kind::kTextBox, "a selection");
+  if (sel_length < 0) throw std::invalid_argument("a negative selection length");
+  Control& box = Mutable(id);
+  const int length =
+      std::max(0, std::min(sel_length, static_cast<int>(box.text.size()) - box.sel_start));
+  if (box.sel_length == length) return;
+  box.sel_length = length;
+  Changed(id);
+}
+
+void Form::SetPicture(ControlId id, Picture picture) {
+  Require(id, Kind::kImage, "a picture");
+  Control& image = Mutable(id);
+  if (image.picture == picture) return;
+  image.picture = picture;
+  Changed(id);
+}
+
+// --- Life of the form. ---
+
+void Form::Start() {
+  Raise(0, Notification::kLoad);
+  if (unloaded_) throw ProgramEnded{};
+  const std::vector<ControlId> stops = TabStops();
+  if (!stops.empty()) MoveFocus(stops.front());
+}
+
+void Form::Unload() {
+  unloaded_ = true;
+  throw ProgramEnded{};
+}
+
+void Form::Close() { Unload(); }
+
+// --- Reach and focus. ---
+
+bool Form::OnHiddenPage(const Control& control) const {
+  if (control.tab_page < 0 || control.container == kNoControl) return false;
+  const Control& tab = at(control.container);
+  return tab.kind == Kind::kTab && tab.tab_shown != control.tab_page;
+}
+
+Refusal Form::Reach(ControlId id) const {
+  const Control& control = at(id);
+  if (!control.visible) return Refusal::kHidden;
+  if (!control.enabled) return Refusal::kDisabled;
+  if (OnHiddenPage(control)) return Refusal::kPageNotShown;
+  for (ControlId outer = control.container; outer != kNoControl; outer = at(outer).container) {
+    const Control& container = at(outer);
+    if (!container.enabled) return Refusal::kDisabledContainer;
+    if (!container.visible) return Refusal::kHidden;
+    if (OnHiddenPage(container)) return Refusal::kPageNotShown;
+  }
+  return Refusal::kNone;
+}
+
+bool Form::CanTakeFocus(ControlId id) const {
+  return TakesFocus(at(id).kind) && Reach(id) == Refusal::kNone;
+}
+
+std::vector<ControlId> Form::TabStops() const {
+  // An option group is one stop: its selected option, or its first one when none is.
+  std::map<ControlId, ControlId> group_stop;  // container -> option
+  for (ControlId id = 0; id < size(); ++id) {
+    const Control& option = at(id);
+    if (option.kind != Kind::kOption) continue;
+    const auto [it, fresh] = group_stop.emplace(option.container, id);
+    if (fresh) continue;
+    const Control& held = at(it->second);
+    if (option.value ? !held.value || option.tab_index < held.tab_index
+                     : !held.value && option.tab_index < held.tab_index) {
+      it->second = id;
+    }
+  }
+  std::vector<ControlId> stops;
+  for (ControlId id = 0; id < size(); ++id) {
+    const Control& control = at(id);
+    if (control.tab_index < 0 || !CanTakeFocus(id)) continue;
+    if (control.kind == Kind::kOption && group_stop.at(control.container) != id) continue;
+    stops.push_back(id);
+  }
+  std::stable_sort(stops.begin(), stops.end(),
+                   [this](ControlId a, ControlId b) { return at(a).tab_index < at(b).tab_index; });
+  return stops;
+}
+
+ControlId Form::TabControl() const {
+  for (ControlId id = 0; id < size(); ++id) {
+    if (at(id).kind == Kind::kTab) return id;
+  }
+  return kNoControl;
+}
+
+int Form::page() const {
+  const ControlId tab = TabControl();
+  return tab == kNoControl ? 0 : at(tab).tab_shown;
+}
+
+void Form::MoveFocus(ControlId id) {
+  if (focus_ == id) return;
+  const ControlId old = focus_;
+  // The focus has moved by the time LostFocus runs, as on the platform.
+  focus_ = id;
+  if (old != kNoControl) Changed(old);
+  Changed(id);
+  if (old != kNoControl) Raise(old, Notification::kLostFocus);
+  // A LostFocus handler that sent the focus elsewhere has the last word.
+  if (focus_ == id) Raise(id, Notification::kGotFocus);
+}
+
+// --- User actions. ---
+
+Refusal Form::Focus(ControlId id) {
+  if (!TakesFocus(at(id).kind)) {
+    throw std::invalid_argument(at(id).name + " cannot take the focus");
+  }
+  if (const Refusal refusal = Reach(id); refusal != Refusal::kNone) return refusal;
+  MoveFocus(id);
+  return Refusal::kNone;
+}
+
+Refusal Form::Click(ControlId id) {
+  const Kind kind = at(id).kind;
+  if (kind != Kind::kButton && kind != Kind::kOption) {
+    throw std::invalid_argument("a click does not apply to " + at(id).name);
+  }
+  if (const Refusal refusal = Reach(id); refusal != Refusal::kNone) return refusal;
+  MoveFocus(id);
+  if (kind == Kind::kButton) {
+    Raise(id, Notification::kClick);
+  } else if (!at(id).value) {
+    SetValue(id, true);
+  }
+  return Refusal::kNone;
+}
+
+Refusal Form::Choose(ControlId id, std::string_view entry) {
+  Require(id, Kind::kComboBox, "choosing an entry");
+  const auto entry_index = [&] {
+    const std::vector<std::string>& items = at(id).items;
+    const auto it = std::find(items.begin(), items.end(), entry);
+    return it == items.end() ? -1 : static_cast<int>(it - items.begin());
+  };
+  if (entry_index() < 0) {
+    throw std::invalid_argument(at(id).name + " has no entry " + std::string(entry));
+  }
+  if (const Refusal refusal = Reach(id); refusal != Refusal::kNone) return refusal;
+  MoveFocus(id);
+  const int index = entry_index();
+  if (index >= 0) SelectEntry(id, index);
+  return Refusal::kNone;
+}
+
+Refusal Form::PrepareEdit(ControlId id, std::string_view action) {
+  Require(id, Kind::kTextBox, action);
+  if (const Refusal refusal = Reach(id); refusal != Refusal::kNone) return refusal;
+  MoveFocus(id);
+  return Refusal::kNone;
+}
+
+void Form::Edit(ControlId id, std::string text, int caret) {
+  Control& box = Mutable(id);
+  const bool differs = box.text != text;
+  box.text = std::move(text);
+  box.sel_start = caret;
+  box.sel_length = 0;
+  Changed(id);
+  if (differs) Raise(id, Notification::kChange);
+}
+
+Refusal Form::Type(ControlId id, std::string_view text) {
+  if (const Refusal refusal = PrepareEdit(id, "typing"); refusal != Refusal::kNone) {
+    return refusal;
+  }
+  for (const char ch : text) {
+    // A handler that took the box out of the user's hands stops the rest of the keystrokes.
+    if (focus_ != id || Reach(id) != Refusal::kNone) break;
+    const Control& box = at(id);
+    const Selection selection = SelectionOf(box);
+    std::string next = box.text;
+    next.replace(selection.start, selection.length, 1, ch);
+    if (box.max_length > 0 && next.size() > static_cast<size_t>(box.max_length)) continue;
+    Edit(id, std::move(next), static_cast<int>(selection.start) + 1);
+  }
+  return Refusal::kNone;
+}
+
+Refusal Form::Paste(ControlId id, std::string_view text) {
+  if (const Refusal refusal = PrepareEdit(id, "pasting"); refusal != Refusal::kNone) {
+    return refusal;
+  }
+  const Control& box = at(id);
+  const Selection selection = SelectionOf(box);
+  std::string_view piece = text;
+  if (box.max_length > 0) {
+    const size_t kept = box.text.size() - selection.length;
+    const size_t limit = static_cast<size_t>(box.max_length);
+    piece = piece.substr(0, limit > kept ? limit - kept : 0);
+  }
+  std::string next = box.text;
+  next.replace(selection.start, selection.length, piece);
+  Edit(id, std::move(next), static_cast<int>(selection.start + piece.size()));
+  return Refusal::kNone;
+}
+
+Refusal Form::Backspace(ControlId id) {
+  if (const Refusal refusal = PrepareEdit(id, "backspace"); refusal != Refusal::kNone) {
+    return refusal;
+  }
+  const Control& box = at(id);
+  Selection selection = SelectionOf(box);
+  if (selection.length == 0) {
+    if (selection.start == 0) return Refusal::kNone;
+    selection = {selection.start - 1, 1};
+  }
+  std::string next = box.text;
+  next.erase(selection.start, selection.length);
+  Edit(id, std::move(next), static_cast<int>(selection.start));
+  return Refusal::kNone;
+}
+
+void Form::Tab() {
+  const std::vector<ControlId> stops = TabStops();
+  if (stops.empty()) return;
+  ControlId next = stops.front();
+  if (focus_ != kNoControl) {
+    const int current = at(focus_).tab_index;
+    const auto later = std::find_if(stops.begin(), stops.end(),
+                                    [&](ControlId id) { return at(id).tab_index > current; });
+    if (later != stops.end()) next = *later;
+  }
+  MoveFocus(next);
+}
+
+void Form::ShowPage(int page_number) {
+  const ControlId tab = TabControl();
+  if (tab == kNoControl) throw std::invalid_argument("the form has no tab control");
+  if (page_number < 0 || page_number >= static_cast<int>(at(tab).tabs.size())) {
+    throw std::invalid_argument("the tab control has no page " + std::to_string(page_number));
+  }
+  if (Reach(tab) != Refusal::kNone) return;
+  MoveFocus(tab);
+  Control& tabs = Mutable(tab);
+  if (tabs.tab_shown != page_number) {
+    tabs.tab_shown = page_number;
+    Changed(tab);
+  }
+}
+
+void Form::Tick(ControlId timer) {
+  Require(timer, Kind::kTimer, "a tick");
+  const Control& control = at(timer);
+  if (control.enabled && control.interval > 0) Raise(timer, Notification::kTimer);
+}
+
+Refusal Form::UpClick(ControlId updown) {
+  Require(updown, Kind::kUpDown, "an arrow click");
+  if (const Refusal refusal = Reach(updown); refusal != Refusal::kNone) return refusal;
+  Raise(updown, Notification::kUpClick);
+  return Refusal::kNone;
+}
+
+Refusal Form::DownClick(ControlId updown) {
+  Require(updown, Kind::kUpDown, "an arrow click");
+  if (const Refusal refusal = Reach(updown); refusal != Refusal::kNone) return refusal;
+  Raise(updown, Notification::kDownClick);
+  return Refusal::kNone;
+}
+
+}  // namespace ketra::forms
