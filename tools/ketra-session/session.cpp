@@ -1,0 +1,385 @@
+// The command interpreter. A command either cannot be read (an `error` event, the session goes
+// on), is refused by the form (a `refused` event), or runs; while it runs the program's message
+// boxes and device calls are printed as they happen, and a failure that no routine handled is
+// printed with the routine the command ran.
+#include "tools/ketra-session/session.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <exception>
+#include <optional>
+#include <stdexcept>
+#include <utility>
+
+#include "platform/runtime/codepage.h"
+
+namespace ketra::session {
+namespace {
+
+bool IsBlank(char ch) { return ch == ' ' || ch == '\t' || ch == '\r' || ch == '\n'; }
+
+std::string_view Trim(std::string_view text) {
+  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+std::optional<int> ParseInt(std::string_view text) {
+  int value = 0;
+  const char* end = text.data() + text.size();
+  const auto [ptr, ec] = std::from_chars(text.data(), end, value);
+  if (ec != std::errc() || ptr != end || text.empty()) return std::nullopt;
+  return value;
+}
+
+}  // namespace
+
+struct Session::BadLine {
+  std::string message;
+};
+
+struct Session::Words {
+  std::string_view rest;
+
+  // The next blank-separated word, or "" at the end of the line.
+  std::string_view Next() {
+    rest = Trim(rest);
+    size_t end = 0;
+    while (end < rest.size() && !IsBlank(rest[end])) ++end;
+    const std::string_view word = rest.substr(0, end);
+    rest.remove_prefix(end);
+    return word;
+  }
+  std::string_view Required(std::string_view what) {
+    const std::string_view word = Next();
+    if (word.empty()) throw BadLine{"missing " + std::string(what)};
+    return word;
+  }
+  void End() {
+    if (!Trim(rest).empty()) throw BadLine{"unexpected text " + std::string(Trim(rest))};
+  }
+  int Number(std::string_view what, int low, int high) {
+    const std::string_view word = Required(what);
+    const std::optional<int> value = ParseInt(word);
+    if (!value || *value < low || *value > high) {
+      throw BadLine{std::string(what) + " must be a whole number from " + std::to_string(low) +
+                    " to " + std::to_string(high) + ", not " + std::string(word)};
+    }
+    return *value;
+  }
+  // The rest of the line as one JSON string literal, taken into the program's code page.
+  std::string Text() {
+    const std::string_view literal = Trim(rest);
+    rest = {};
+    if (literal.empty()) throw BadLine{"missing TEXT, a JSON string literal"};
+    Json parsed;
+    try {
+      parsed = Json::parse(literal);
+    } catch (const Json::parse_error&) {
+      throw BadLine{"TEXT is no JSON string literal: " + std::string(literal)};
+    }
+    if (!parsed.is_string())
+      throw BadLine{"TEXT is no JSON string literal: " + std::string(literal)};
+    return runtime::Utf8ToAnsi(parsed.get_ref<const std::string&>());
+  }
+};
+
+Session::Session(const Environment& environment, std::ostream& out)
+    : out_(out),
+      tracer_(environment.system_device != nullptr ? *environment.system_device : scripted_,
+              [this](const device::DeviceCall& call) { Print(DeviceEvent(call)); }),
+      program_(Platform{environment.registry, tracer_, environment.app, environment.files, *this}),
+      scripted_driver_(environment.system_device == nullptr) {
+  for (const std::string_view name : Program::RoutineNames()) routines_.emplace(name);
+}
+
+Session::~Session() = default;
+
+void Session::Show(std::string_view text, forms::MsgBoxStyle style) {
+  Print(MsgBoxEvent(text, style));
+}
+
+void Session::Print(const Json& line) { out_ << line.dump() << std::endl; }
+
+void Session::Run(std::istream& in) {
+  std::string line;
+  int number = 0;
+  while (!ended_ && std::getline(in, line)) {
+    if (!Execute(line, ++number)) break;
+  }
+}
+
+bool Session::Execute(std::string_view line, int line_number) {
+  if (ended_) return false;
+  const std::string_view trimmed = Trim(line);
+  if (trimmed.empty() || trimmed.front() == '#') return true;
+  Words words{trimmed};
+  try {
+    Dispatch(words);
+  } catch (const BadLine& bad) {
+    Print(ErrorEvent(line_number, bad.message));
+  }
+  if (ended_) Print(EndedEvent());
+  return !ended_;
+}
+
+void Session::RunAs(std::string_view routine, const std::function<void()>& action) {
+  try {
+    action();
+  } catch (const forms::ProgramEnded&) {
+    ended_ = true;
+  } catch (const std::exception& failure) {
+    Print(FailureEvent(routine, failure.what()));
+  } catch (...) {
+    Print(FailureEvent(routine, "unknown failure"));
+  }
+}
+
+bool Session::Refused(forms::ControlId id, forms::Refusal refusal) {
+  if (refusal == forms::Refusal::kNone) return false;
+  Print(RefusedEvent(program_.form().at(id).name, refusal));
+  return true;
+}
+
+forms::ControlId Session::ControlOf(std::string_view name) const {
+  const forms::ControlId id = program_.form().Find(runtime::Utf8ToAnsi(name));
+  if (id == forms::kNoControl) throw BadLine{"unknown control " + std::string(name)};
+  return id;
+}
+
+forms::ControlId Session::FirstOfKind(forms::Kind kind) const {
+  const forms::Form& form = program_.form();
+  for (forms::ControlId id = 0; id < form.size(); ++id) {
+    if (form.at(id).kind == kind) return id;
+  }
+  throw BadLine{"the form has no " + std::string(forms::KindName(kind))};
+}
+
+std::string Session::Handler(forms::ControlId id, std::string_view notification) const {
+  if (id == forms::kNoControl) return "";
+  const forms::Control& control = program_.form().at(id);
+  // The form's own handlers carry the name "Form", as Form_Load does.
+  const std::string owner = control.kind == forms::Kind::kForm ? "Form" : control.name;
+  std::string name = owner + "_" + std::string(notification);
+  return routines_.count(name) > 0 ? name : "";
+}
+
+std::string Session::FocusRoutine(forms::ControlId target) const {
+  const forms::ControlId old = program_.form().focus();
+  if (old != target) {
+    if (std::string lost = Handler(old, "LostFocus"); !lost.empty()) return lost;
+  }
+  if (std::string got = Handler(target, "GotFocus"); !got.empty()) return got;
+  // No handler runs; name the notification all the same.
+  return program_.form().at(target).name + "_GotFocus";
+}
+
+bool Session::FocusFirst(forms::ControlId id) {
+  forms::Form& form = program_.form();
+  if (Refused(id, form.Reach(id))) return false;
+  if (form.focus() == id) return true;
+  forms::Refusal refusal = forms::Refusal::kNone;
+  RunAs(FocusRoutine(id), [&] { refusal = form.Focus(id); });
+  return !ended_ && !Refused(id, refusal);
+}
+
+void Session::Dispatch(Words& words) {
+  using forms::Kind;
+  forms::Form& form = program_.form();
+  const std::string command(words.Next());
+
+  if (command == "start") {
+    words.End();
+    if (started_) throw BadLine{"the program has already started"};
+    started_ = true;
+    RunAs("Form_Load", [&] { program_.Start(); });
+  } else if (command == "call") {
+    const std::string routine(words.Required("ROUTINE"));
+    words.End();
+    bool known = true;
+    RunAs(routine, [&] { known = program_.Call(routine); });
+    if (!known) throw BadLine{"unknown routine " + routine};
+  } else if (command == "click") {
+    const forms::ControlId id = ControlOf(words.Required("NAME"));
+    words.End();
+    const Kind kind = form.at(id).kind;
+    if (kind != Kind::kButton && kind != Kind::kOption) {
+      throw BadLine{"click applies to buttons and option buttons, not " + form.at(id).name};
+    }
+    if (!FocusFirst(id)) return;
+    forms::Refusal refusal = forms::Refusal::kNone;
+    RunAs(form.at(id).name + "_Click", [&] { refusal = form.Click(id); });
+    Refused(id, refusal);
+  } else if (command == "choose") {
+    const forms::ControlId id = ControlOf(words.Required("NAME"));
+    const std::string entry = words.Text();
+    const forms::Control& box = form.at(id);
+    if (box.kind != Kind::kComboBox)
+      throw BadLine{"choose applies to combo boxes, not " + box.name};
+    if (std::find(box.items.begin(), box.items.end(), entry) == box.items.end()) {
+      throw BadLine{box.name + " has no entry " + runtime::AnsiToUtf8(entry)};
+    }
+    if (!FocusFirst(id)) return;
+    forms::Refusal refusal = forms::Refusal::kNone;
+    RunAs(box.name + "_Click", [&] { refusal = form.Choose(id, entry); });
+    Refused(id, refusal);
+  } else if (command == "focus") {
+    const forms::ControlId id = ControlOf(words.Required("NAME"));
+    words.End();
+    switch (form.at(id).kind) {
+      case Kind::kForm:
+      case Kind::kFrame:
+      case Kind::kLabel:
+      case Kind::kImage:
+      case Kind::kTimer:
+        throw BadLine{form.at(id).name + " cannot take the focus"};
+      default:
+        break;
+    }
+    FocusFirst(id);
+  } else if (command == "type" || command == "paste" || command == "backspace") {
+    const forms::ControlId id = ControlOf(words.Required("NAME"));
+    std::string text;
+    if (command == "backspace") {
+      words.End();
+    } else {
+      text = words.Text();
+    }
+    if (form.at(id).kind != Kind::kTextBox) {
+      throw BadLine{command + " applies to text boxes, not " + form.at(id).name};
+    }
+    if (!FocusFirst(id)) return;
+    forms::Refusal refusal = forms::Refusal::kNone;
+    RunAs(form.at(id).name + "_Change", [&] {
+      if (command == "type") {
+        refusal = form.Type(id, text);
+      } else if (command == "paste") {
+        refusal = form.Paste(id, text);
+      } else {
+        refusal = form.Backspace(id);
+      }
+    });
+    Refused(id, refusal);
+  } else if (command == "set") {
+    const forms::ControlId id = ControlOf(words.Required("NAME"));
+    const std::string text = words.Text();
+    const forms::Control& control = form.at(id);
+    switch (control.kind) {
+      case Kind::kTextBox:
+        RunAs(control.name + "_Change", [&] { form.SetText(id, text); });
+        break;
+      case Kind::kComboBox:
+        RunAs(control.name + "_Click", [&] { form.SetText(id, text); });
+        break;
+      case Kind::kForm:
+      case Kind::kFrame:
+      case Kind::kLabel:
+      case Kind::kButton:
+      case Kind::kOption:  // a caption; no handler runs
+        RunAs(control.name, [&] { form.SetText(id, text); });
+        break;
+      default:
+        throw BadLine{control.name + " has no text"};
+    }
+  } else if (command == "tab") {
+    words.End();
+    const forms::ControlId old = form.focus();
+    std::string routine = Handler(old, "LostFocus");
+    try {
+      form.Tab();
+    } catch (const forms::ProgramEnded&) {
+      ended_ = true;
+    } catch (const std::exception& failure) {
+      // With no LostFocus handler behind the failure, the focus has reached the new control.
+      if (routine.empty()) routine = FocusRoutine(form.focus());
+      Print(FailureEvent(routine, failure.what()));
+    }
+  } else if (command == "page") {
+    const int page = words.Number("page N", 0, 1000);
+    words.End();
+    const forms::ControlId tab = FirstOfKind(Kind::kTab);
+    if (page >= static_cast<int>(form.at(tab).tabs.size())) {
+      throw BadLine{"the tab control has no page " + std::to_string(page)};
+    }
+    // Showing a page puts the focus on the tab control, as a click on its strip does.
+    if (Refused(tab, form.Reach(tab))) return;
+    RunAs(FocusRoutine(tab), [&] { form.ShowPage(page); });
+  } else if (command == "tick") {
+    words.End();
+    const forms::ControlId timer = FirstOfKind(Kind::kTimer);
+    RunAs(form.at(timer).name + "_Timer", [&] { form.Tick(timer); });
+  } else if (command == "updown") {
+    const std::string_view arrow = words.Required("up or down");
+    words.End();
+    if (arrow != "up" && arrow != "down") throw BadLine{"updown takes up or down"};
+    const forms::ControlId updown = FirstOfKind(Kind::kUpDown);
+    const bool up = arrow == "up";
+    forms::Refusal refusal = forms::Refusal::kNone;
+    RunAs(form.at(updown).name + (up ? "_UpClick" : "_DownClick"),
+          [&] { refusal = up ? form.UpClick(updown) : form.DownClick(updown); });
+    Refused(updown, refusal);
+  } else if (command == "close") {
+    words.End();
+    RunAs("Form_Unload", [&] { form.Close(); });
+  } else if (command == "driver") {
+    const std::string_view mode = words.Required("driver mode");
+    int status = 0;
+    if (mode == "status") status = words.Number("status N", 0, 255);
+    words.End();
+    if (mode != "auto" && mode != "status" && mode != "silent" && mode != "open-fails") {
+      throw BadLine{"unknown driver mode " + std::string(mode)};
+    }
+    if (!scripted_driver_) throw BadLine{"driver commands steer the scripted driver only"};
+    if (mode == "auto") {
+      scripted_.SetAuto();
+    } else if (mode == "status") {
+      scripted_.SetStatus(static_cast<std::uint8_t>(status));
+    } else if (mode == "silent") {
+      scripted_.SetSilent();
+    } else {
+      scripted_.SetOpenFails();
+    }
+  } else if (command == "dump") {
+    const std::string_view what = words.Required("what to dump");
+    if (what == "state") {
+      words.End();
+      DumpState();
+    } else if (what == "row") {
+      const int row = words.Number("row N", 0, kPortTableRows - 1);
+      words.End();
+      DumpRow(row);
+    } else if (what == "table") {
+      words.End();
+      DumpTable();
+    } else if (what == "form") {
+      words.End();
+      DumpForm();
+    } else if (what == "control") {
+      const forms::ControlId id = ControlOf(words.Required("NAME"));
+      words.End();
+      DumpControl(id);
+    } else {
+      throw BadLine{"unknown dump " + std::string(what)};
+    }
+  } else {
+    throw BadLine{"unknown command " + command};
+  }
+}
+
+void Session::DumpState() { Print(StateJson(program_)); }
+
+void Session::DumpRow(int row) { Print(RowJson(program_, row)); }
+
+void Session::DumpTable() {
+  const int last = std::min<int>(program_.decl().LastPort, kPortTableRows - 1);
+  for (int row = 0; row <= last; ++row) DumpRow(row);
+}
+
+void Session::DumpForm() {
+  for (forms::ControlId id = 0; id < program_.form().size(); ++id) DumpControl(id);
+}
+
+void Session::DumpControl(forms::ControlId id) { Print(ControlJson(program_.form().at(id))); }
+
+}  // namespace ketra::session

@@ -1,0 +1,237 @@
+#include "tools/ketra-session/session.h"
+
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "platform/registry/memory_registry.h"
+#include "platform/runtime/text_file.h"
+
+namespace ketra::session {
+namespace {
+
+using nlohmann::json;
+
+class FixedApp : public forms::AppServices {
+ public:
+  std::string Path() const override { return "/opt/ketra"; }
+  bool PrevInstance() override { return prev_instance; }
+  bool prev_instance = false;
+};
+
+// A session on an in-memory registry whose device map holds COM3 and COM4.
+class SessionTest : public ::testing::Test {
+ protected:
+  SessionTest() : registry_(registry::MakeMemoryRegistry()) {
+    AddDevice(0, "COM3");
+    AddDevice(1, "COM4");
+  }
+
+  void AddDevice(int device, const std::string& port) {
+    registry::HKey key = 0;
+    ASSERT_EQ(registry_->CreateKeyEx(registry::kHKeyLocalMachine, "HARDWARE\\DEVICEMAP\\SERIALCOMM",
+                                     0, registry::kKeyWrite, &key, nullptr),
+              registry::kErrorSuccess);
+    const std::string data = port + '\0';
+    registry_->SetValueEx(key, "\\Device\\TesSerial" + std::to_string(device), registry::kRegSz,
+                          reinterpret_cast<const std::uint8_t*>(data.data()),
+                          static_cast<std::uint32_t>(data.size()));
+    registry_->CloseKey(key);
+  }
+
+  void StoreValue(const std::string& port, const std::string& name, const std::string& text) {
+    registry::HKey key = 0;
+    ASSERT_EQ(
+        registry_->CreateKeyEx(registry::kHKeyLocalMachine, "Software\\Tessaron\\VSP\\" + port, 0,
+                               registry::kKeyWrite, &key, nullptr),
+        registry::kErrorSuccess);
+    const std::string data = text + '\0';
+    registry_->SetValueEx(key, name, registry::kRegNone,
+                          reinterpret_cast<const std::uint8_t*>(data.data()),
+                          static_cast<std::uint32_t>(data.size()));
+    registry_->CloseKey(key);
+  }
+
+  // Runs a script through a fresh session and gives back its output lines as JSON.
+  std::vector<json> Run(const std::string& script) {
+    std::ostringstream out;
+    Session session(Environment{*registry_, app_, files_}, out);
+    std::istringstream in(script);
+    session.Run(in);
+    return Lines(out.str());
+  }
+
+  static std::vector<json> Lines(const std::string& text) {
+    std::vector<json> lines;
+    std::istringstream stream(text);
+    std::string line;
+    while (std::getline(stream, line)) lines.push_back(json::parse(line));
+    return lines;
+  }
+
+  std::unique_ptr<registry::Registry> registry_;
+  FixedApp app_;
+  runtime::MemoryFileSystem files_;
+};
+
+TEST_F(SessionTest, LinesThatCannotBeReadAreErrorsAndTheSessionGoesOn) {
+  struct Case {
+    std::string line;
+    std::string message_part;
+  };
+  const std::vector<Case> cases = {
+      {"jump", "unknown command jump"},
+      {"click TXT_FOO", "unknown control TXT_FOO"},
+      {"type TXT_LOCPORT 12", "JSON string literal"},
+      {"type TXT_LOCPORT \"12", "JSON string literal"},
+      {"type TXT_LOCPORT \"1\" \"2\"", "JSON string literal"},
+      {"type TXT_LOCPORT", "missing TEXT"},
+      {"dump row 101", "row N"},
+      {"dump row x", "row N"},
+      {"dump nothing", "unknown dump"},
+      {"page 2", "no page 2"},
+      {"updown sideways", "up or down"},
+      {"driver status 256", "status N"},
+      {"driver reboot", "unknown driver mode"},
+      {"call NoSuchRoutine", "unknown routine NoSuchRoutine"},
+      {"click TXT_LOCPORT", "click applies"},
+      {"type CMB_PORT \"COM3\"", "text boxes"},
+      {"focus Label1", "cannot take the focus"},
+      {"choose CMB_PORT \"COM9\"", "has no entry COM9"},
+      {"tab now", "unexpected text"},
+  };
+  std::string script = "# a comment\n\nstart\n";
+  for (const Case& c : cases) script += c.line + "\n";
+  script += "dump state\n";
+  const std::vector<json> lines = Run(script);
+  ASSERT_EQ(lines.size(), cases.size() + 1);
+  for (size_t i = 0; i < cases.size(); ++i) {
+    SCOPED_TRACE(cases[i].line);
+    EXPECT_EQ(lines[i]["event"], "error");
+    EXPECT_EQ(lines[i]["line"], static_cast<int>(i) + 4) << "lines count from 1, blanks included";
+    EXPECT_NE(lines[i]["message"].get<std::string>().find(cases[i].message_part), std::string::npos)
+        << lines[i]["message"];
+  }
+  EXPECT_EQ(lines.back()["state"]["PortCount"], 2);
+}
+
+TEST_F(SessionTest, ActionsOutOfReachAreRefusedWithTheReason) {
+  const std::vector<json> lines =
+      Run("start\n"
+          "click CMD_CONNECT\n"   // hidden
+          "type TXT_XON \"x\"\n"  // disabled under hardware flow
+          "click Command3\n"      // on the status page
+          "click OPT_DSB\n"       // greys the port fields
+          "call OPT_SWF_Click\n"  // the XON box on again, inside the disabled flow frame
+          "paste TXT_XON \"x\"\n"
+          "updown up\n"         // on the status page
+          "set TXT_UDP \"\"\n"  // an assignment is never refused
+          "dump control TXT_UDP\n");
+  const std::vector<json> expected = {
+      {{"event", "refused"}, {"control", "CMD_CONNECT"}, {"reason", "hidden"}},
+      {{"event", "refused"}, {"control", "TXT_XON"}, {"reason", "disabled"}},
+      {{"event", "refused"}, {"control", "Command3"}, {"reason", "page not shown"}},
+      {{"event", "refused"}, {"control", "TXT_XON"}, {"reason", "disabled container"}},
+      {{"event", "refused"}, {"control", "UpDown1"}, {"reason", "page not shown"}},
+  };
+  ASSERT_EQ(lines.size(), expected.size() + 1);
+  for (size_t i = 0; i < expected.size(); ++i) EXPECT_EQ(lines[i], expected[i]) << i;
+  EXPECT_EQ(lines.back()["text"], "");
+  EXPECT_EQ(lines.back()["enabled"], false);
+}
+
+TEST_F(SessionTest, TextsRoundTripBetweenUtf8AndTheProgramsCodePage) {
+  const std::vector<json> lines =
+      Run("set TXT_XON \"\\u00e9\\u20ac\"\n"
+          "set Label1 \"caf\\u00e9 \\\"quoted\\\" back\\\\slash\"\n"
+          "dump control TXT_XON\n"
+          "dump control Label1\n");
+  ASSERT_EQ(lines.size(), 2u);
+  EXPECT_EQ(lines[0]["text"], "\xC3\xA9\xE2\x82\xAC");
+  EXPECT_EQ(lines[1]["caption"], "caf\xC3\xA9 \"quoted\" back\\slash");
+}
+
+TEST_F(SessionTest, TypingFollowsTheCaretAndTheLengthLimit) {
+  const std::vector<json> lines =
+      Run("start\n"
+          "type TXT_LOCPORT \"12345\"\n"  // focus selects all, so 1 replaces 3000; 5 is dropped
+          "dump control TXT_LOCPORT\n"
+          "backspace TXT_LOCPORT\n"
+          "paste TXT_LOCPORT \"99\"\n"
+          "dump control TXT_LOCPORT\n"
+          "set TXT_LOCPORT \"1\"\n"   // the caret goes to 0
+          "type TXT_LOCPORT \"x\"\n"  // x1: the numeric guard empties the box
+          "dump control TXT_LOCPORT\n");
+  ASSERT_EQ(lines.size(), 3u);
+  EXPECT_EQ(lines[0]["text"], "1234");
+  EXPECT_EQ(lines[0]["selstart"], 4);
+  EXPECT_EQ(lines[1]["text"], "1239");
+  EXPECT_EQ(lines[1]["selstart"], 4);
+  EXPECT_EQ(lines[2]["text"], "");
+}
+
+TEST_F(SessionTest, EndedStopsReadingFurtherCommands) {
+  const std::vector<json> lines =
+      Run("start\n"
+          "close\n"
+          "dump state\n"
+          "jump\n");
+  ASSERT_EQ(lines.size(), 1u);
+  EXPECT_EQ(lines[0], (json{{"event", "ended"}}));
+}
+
+TEST_F(SessionTest, ASecondInstanceEndsAtOnceWithoutTouchingTheStore) {
+  app_.prev_instance = true;
+  const std::vector<json> lines = Run("start\ndump state\n");
+  ASSERT_EQ(lines.size(), 1u);
+  EXPECT_EQ(lines[0]["event"], "ended");
+  registry::HKey key = 0;
+  EXPECT_NE(registry_->OpenKey(registry::kHKeyLocalMachine, "Software\\Tessaron", &key),
+            registry::kErrorSuccess);
+}
+
+TEST_F(SessionTest, AFailureNamesTheRoutineTheCommandRan) {
+  // A stored XOFF that is no byte stops ConfigureFromTheFile2 inside the port choice.
+  std::ostringstream out;
+  Session session(Environment{*registry_, app_, files_}, out);
+  ASSERT_TRUE(session.Execute("start", 1));
+  StoreValue("COM4", "FLOWCONTROL", "49");
+  StoreValue("COM4", "XOFF", "300");
+  ASSERT_TRUE(session.Execute("choose CMB_PORT \"COM4\"", 2));
+  ASSERT_TRUE(session.Execute("call ConfigureFromTheFile2", 3));
+  const std::vector<json> failures = Lines(out.str());
+  ASSERT_EQ(failures.size(), 2u) << out.str();
+  EXPECT_EQ(failures[0]["event"], "failure");
+  EXPECT_EQ(failures[0]["routine"], "CMB_PORT_Click");
+  EXPECT_EQ(failures[1]["routine"], "ConfigureFromTheFile2");
+  EXPECT_FALSE(failures[1]["error"].get<std::string>().empty());
+}
+
+TEST_F(SessionTest, DriverCommandsAreReportedAsDeviceEvents) {
+  const std::vector<json> lines =
+      Run("start\n"
+          "driver status 21\n"
+          "call CMD_DISCONNECT_Click\n"
+          "driver open-fails\n"
+          "call CMD_CONNECT_Click\n");
+  const std::vector<json> expected = {
+      json::parse(
+          R"({"event":"open","path":"\\\\.\\COM3\\p","access":0,"share":3,"disposition":3,"ok":true})"),
+      json::parse(
+          R"({"event":"ioctl","code":"0x80202004","in":"C0A80123BB0BB80B00414200","status":21})"),
+      json::parse(R"({"event":"msgbox","style":"critical","text":"Connectio Failed"})"),
+      json::parse(R"({"event":"close"})"),
+      json::parse(
+          R"({"event":"open","path":"\\\\.\\COM3","access":0,"share":3,"disposition":3,"ok":false})"),
+      json::parse(
+          R"({"event":"msgbox","style":"critical","text":"Unable to open handle for the port"})"),
+  };
+  EXPECT_EQ(lines, expected);
+}
+
+}  // namespace
+}  // namespace ketra::session
