@@ -1,0 +1,134 @@
+#include "config_appl/form/lamp_bitmaps.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <vector>
+
+namespace ketra::form {
+namespace {
+
+using forms::Picture;
+
+std::uint32_t Le(const std::vector<std::uint8_t>& file, size_t at, int bytes) {
+  std::uint32_t value = 0;
+  for (int i = bytes - 1; i >= 0; --i) value = value << 8 | file.at(at + static_cast<size_t>(i));
+  return value;
+}
+
+struct Rgb {
+  int r, g, b;
+  bool operator==(const Rgb&) const = default;
+};
+
+// Reads a pixel of a bottom-up 24-bit file through its own headers, x and y from the top left.
+Rgb PixelAt(const std::vector<std::uint8_t>& file, int x, int y) {
+  const int width = static_cast<int>(Le(file, 18, 4));
+  const int height = static_cast<int>(Le(file, 22, 4));
+  const size_t row_size = static_cast<size_t>((width * 3 + 3) / 4 * 4);
+  const size_t at =
+      Le(file, 10, 4) + static_cast<size_t>(height - 1 - y) * row_size + static_cast<size_t>(x) * 3;
+  return {file.at(at + 2), file.at(at + 1), file.at(at)};
+}
+
+constexpr Rgb kBlack{0, 0, 0};
+constexpr Rgb kBackground{228, 227, 226};
+
+TEST(LampBitmaps, FilesHaveTheHeadersOfA19By22PictureOf24Bits) {
+  for (const Picture picture : {Picture::kGreen, Picture::kRed, Picture::kGrey}) {
+    const std::vector<std::uint8_t> file = LampBitmap(picture);
+    ASSERT_EQ(file.size(), 1374u);
+    EXPECT_EQ(file[0], 'B');
+    EXPECT_EQ(file[1], 'M');
+    EXPECT_EQ(Le(file, 2, 4), 1374u);
+    EXPECT_EQ(Le(file, 6, 4), 0u);
+    EXPECT_EQ(Le(file, 10, 4), 54u);
+    EXPECT_EQ(Le(file, 14, 4), 40u);
+    EXPECT_EQ(Le(file, 18, 4), 19u);
+    EXPECT_EQ(Le(file, 22, 4), 22u);  // positive: bottom-up rows
+    EXPECT_EQ(Le(file, 26, 2), 1u);
+    EXPECT_EQ(Le(file, 28, 2), 24u);
+    EXPECT_EQ(Le(file, 30, 4), 0u);
+    EXPECT_EQ(Le(file, 34, 4), 1320u);
+    EXPECT_EQ(Le(file, 46, 4), 0u);       // no palette
+    for (int row = 0; row < 22; ++row) {  // the padding of every row is zero
+      for (size_t pad = 57; pad < 60; ++pad) EXPECT_EQ(file[54 + row * 60 + pad], 0);
+    }
+  }
+  EXPECT_TRUE(LampBitmap(Picture::kNone).empty());
+}
+
+TEST(LampBitmaps, ABlackOutlineOnTheBackgroundBoundsTheFill) {
+  const struct {
+    Picture picture;
+    Rgb fill;
+  } cases[] = {{Picture::kGreen, {0, 255, 128}},
+               {Picture::kRed, {255, 0, 0}},
+               {Picture::kGrey, {200, 200, 200}}};
+  for (const auto& c : cases) {
+    const std::vector<std::uint8_t> file = LampBitmap(c.picture);
+    int left = 99, right = -1, top = 99, bottom = -1, fill = 0;
+    for (int y = 0; y < 22; ++y) {
+      for (int x = 0; x < 19; ++x) {
+        const Rgb pixel = PixelAt(file, x, y);
+        ASSERT_TRUE(pixel == kBlack || pixel == kBackground || pixel == c.fill) << x << "," << y;
+        if (pixel == kBlack) {
+          left = std::min(left, x);
+          right = std::max(right, x);
+          top = std::min(top, y);
+          bottom = std::max(bottom, y);
+        }
+        if (pixel == c.fill) {
+          ++fill;
+          // A fill pixel touches no background: the outline closes it in.
+          for (const auto& [dx, dy] : {std::pair{1, 0}, {-1, 0}, {0, 1}, {0, -1}}) {
+            EXPECT_NE(PixelAt(file, x + dx, y + dy), kBackground) << x << "," << y;
+          }
+        }
+      }
+    }
+    EXPECT_EQ((std::array{left, right, top, bottom}), (std::array{1, 16, 3, 18}));
+    EXPECT_GT(fill, 150);  // most of a disc of diameter 16
+    for (const auto& [x, y] : {std::pair{0, 0}, {18, 0}, {0, 21}, {18, 21}, {17, 10}, {8, 2}}) {
+      EXPECT_EQ(PixelAt(file, x, y), kBackground) << x << "," << y;
+    }
+    EXPECT_EQ(PixelAt(file, 8, 10), c.fill);
+    // The disc is round: the corners of its bounding box are background.
+    for (const auto& [x, y] : {std::pair{1, 3}, {16, 3}, {1, 18}, {16, 18}}) {
+      EXPECT_EQ(PixelAt(file, x, y), kBackground) << x << "," << y;
+    }
+    // The outline is symmetric about the centre lines.
+    for (int y = 0; y < 22; ++y) {
+      for (int x = 0; x < 19; ++x) {
+        if (PixelAt(file, x, y) != kBlack) continue;
+        EXPECT_EQ(PixelAt(file, 17 - x, y), kBlack) << x << "," << y;
+        EXPECT_EQ(PixelAt(file, x, 21 - y), kBlack) << x << "," << y;
+      }
+    }
+  }
+}
+
+TEST(LampBitmaps, ThePicturesDifferInTheirFillAlone) {
+  const std::vector<std::uint8_t> green = LampBitmap(Picture::kGreen);
+  const std::vector<std::uint8_t> red = LampBitmap(Picture::kRed);
+  const std::vector<std::uint8_t> grey = LampBitmap(Picture::kGrey);
+  EXPECT_TRUE(std::equal(green.begin(), green.begin() + 54, red.begin()));
+  EXPECT_TRUE(std::equal(green.begin(), green.begin() + 54, grey.begin()));
+  int differing = 0;
+  for (int y = 0; y < 22; ++y) {
+    for (int x = 0; x < 19; ++x) {
+      const Rgb g = PixelAt(green, x, y);
+      if (g == PixelAt(red, x, y) && g == PixelAt(grey, x, y)) continue;
+      ++differing;
+      EXPECT_EQ(g, (Rgb{0, 255, 128})) << x << "," << y;
+      EXPECT_EQ(PixelAt(red, x, y), (Rgb{255, 0, 0})) << x << "," << y;
+      EXPECT_EQ(PixelAt(grey, x, y), (Rgb{200, 200, 200})) << x << "," << y;
+    }
+  }
+  EXPECT_GT(differing, 0);
+}
+
+}  // namespace
+}  // namespace ketra::form
