@@ -1,0 +1,56 @@
+// The daemon's one loop: an epoll set in which every source of work is a descriptor (ptys, UDP
+// sockets, the control socket and its connections, a signalfd, a timerfd). A watch is named by an
+// id that is never reused, so an event that arrives for a watch removed earlier in the same batch
+// is recognised and ignored. Owns the epoll descriptor and the callbacks, not the watched
+// descriptors. Single-threaded.
+#ifndef KETRA_DAEMON_EVENT_LOOP_H_
+#define KETRA_DAEMON_EVENT_LOOP_H_
+
+#include <cstdint>
+#include <functional>
+#include <unordered_map>
+
+#include "platform/net/fd.h"
+
+namespace ketra::vspd {
+
+// The epoll event bits, so that users need not include the system header.
+inline constexpr std::uint32_t kReadable = 0x001;  // EPOLLIN
+inline constexpr std::uint32_t kWritable = 0x004;  // EPOLLOUT
+inline constexpr std::uint32_t kError = 0x008;     // EPOLLERR
+inline constexpr std::uint32_t kHangUp = 0x010;    // EPOLLHUP
+
+class EventLoop {
+ public:
+  using WatchId = std::uint64_t;
+  using Callback = std::function<void(std::uint32_t events)>;
+
+  // Throws std::system_error when the kernel refuses an epoll set.
+  EventLoop();
+  EventLoop(const EventLoop&) = delete;
+  EventLoop& operator=(const EventLoop&) = delete;
+
+  // Throws std::system_error when the descriptor cannot be watched.
+  WatchId Add(int fd, std::uint32_t events, Callback callback);
+  // Changes what a watch waits for; no system call when nothing changes.
+  void Modify(WatchId id, std::uint32_t events);
+  void Remove(WatchId id);
+
+  // Waits up to timeout_ms (-1: no limit) and runs the callbacks of what became ready.
+  // Returns how many ran.
+  int RunOnce(int timeout_ms);
+
+ private:
+  struct Watch {
+    int fd;
+    std::uint32_t events;
+    Callback callback;
+  };
+  net::Fd epoll_;
+  std::unordered_map<WatchId, Watch> watches_;
+  WatchId next_id_ = 1;
+};
+
+}  // namespace ketra::vspd
+
+#endif  // KETRA_DAEMON_EVENT_LOOP_H_

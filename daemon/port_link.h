@@ -1,0 +1,38 @@
+// The stable name of a virtual port: a symbolic link DIR/NAME to the pty's slave, which changes
+// from run to run. A link left by an earlier run is replaced; anything else in its place (a file,
+// a device, a directory) is refused, so the daemon never overwrites what it did not make.
+// Removed when the owner goes, if it still points where it was made to.
+// Move-only owner of the link; single-threaded.
+#ifndef KETRA_DAEMON_PORT_LINK_H_
+#define KETRA_DAEMON_PORT_LINK_H_
+
+#include <string>
+
+namespace ketra::vspd {
+
+class PortLink {
+ public:
+  PortLink() = default;
+  // Throws std::runtime_error with the reason when the link cannot be made.
+  PortLink(const std::string& directory, const std::string& name, const std::string& target);
+  PortLink(PortLink&& other) noexcept;
+  PortLink& operator=(PortLink&& other) noexcept;
+  PortLink(const PortLink&) = delete;
+  PortLink& operator=(const PortLink&) = delete;
+  ~PortLink();
+
+  const std::string& path() const { return path_; }
+
+ private:
+  void Remove();
+
+  std::string path_;
+  std::string target_;
+};
+
+// Makes `directory` and its parents (mode 0755) when missing; throws std::runtime_error.
+void EnsureDirectory(const std::string& directory);
+
+}  // namespace ketra::vspd
+
+#endif  // KETRA_DAEMON_PORT_LINK_H_

@@ -1,0 +1,75 @@
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <stdexcept>
+#include <utility>
+
+#include "daemon/port_link.h"
+
+namespace ketra::vspd {
+namespace {
+
+std::string ReadLink(const std::string& path) {
+  char buffer[4096];
+  const ssize_t size = ::readlink(path.c_str(), buffer, sizeof buffer);
+  return size < 0 ? std::string() : std::string(buffer, static_cast<std::size_t>(size));
+}
+
+}  // namespace
+
+PortLink::PortLink(const std::string& directory, const std::string& name, const std::string& target)
+    : path_(directory + "/" + name), target_(target) {
+  struct stat existing {};
+  if (::lstat(path_.c_str(), &existing) == 0) {
+    if (!S_ISLNK(existing.st_mode)) {
+      path_.clear();
+      throw std::runtime_error(directory + "/" + name + " exists and is not a link");
+    }
+    ::unlink(path_.c_str());
+  }
+  if (::symlink(target.c_str(), path_.c_str()) != 0) {
+    const std::string reason = std::strerror(errno);
+    const std::string failed = std::exchange(path_, std::string());
+    throw std::runtime_error("cannot link " + failed + " to " + target + ": " + reason);
+  }
+}
+
+PortLink::PortLink(PortLink&& other) noexcept
+    : path_(std::exchange(other.path_, std::string())), target_(std::move(other.target_)) {}
+
+PortLink& PortLink::operator=(PortLink&& other) noexcept {
+  if (this != &other) {
+    Remove();
+    path_ = std::exchange(other.path_, std::string());
+    target_ = std::move(other.target_);
+  }
+  return *this;
+}
+
+PortLink::~PortLink() { Remove(); }
+
+void PortLink::Remove() {
+  if (path_.empty()) return;
+  // Another run may have taken the name since; its link is not ours to remove.
+  if (ReadLink(path_) == target_) ::unlink(path_.c_str());
+  path_.clear();
+}
+
+void EnsureDirectory(const std::string& directory) {
+  if (directory.empty()) throw std::runtime_error("empty link directory");
+  for (std::size_t slash = directory.find('/', 1);; slash = directory.find('/', slash + 1)) {
+    const std::string prefix = directory.substr(0, slash);
+    if (::mkdir(prefix.c_str(), 0755) != 0 && errno != EEXIST) {
+      throw std::runtime_error("cannot make " + prefix + ": " + std::strerror(errno));
+    }
+    if (slash == std::string::npos) break;
+  }
+  struct stat info {};
+  if (::stat(directory.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) {
+    throw std::runtime_error(directory + " is not a directory");
+  }
+}
+
+}  // namespace ketra::vspd
