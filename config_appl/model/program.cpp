@@ -33,6 +33,8 @@ struct Entry {
   Notification notification = Notification::kClick;
 };
 
+Entry Plain(std::string name, Routine r) { return {std::move(name), std::move(r), "", {}}; }
+
 Entry Handler(std::string control, Notification n, std::string_view suffix, Routine r) {
   std::string name = control + "_" + std::string(suffix);
   return {std::move(name), std::move(r), std::move(control), n};
@@ -40,13 +42,13 @@ Entry Handler(std::string control, Notification n, std::string_view suffix, Rout
 
 std::vector<Entry> MakeEntries() {
   std::vector<Entry> e = {
-      {"ReadRegistry", ReadRegistry},
-      {"PopulateData", PopulateData},
-      {"ReadTheRegistry", ReadTheRegistry},
-      {"CreateConfigFile2", CreateConfigFile2},
-      {"ReadFile", ReadFile},
-      {"ReadUI", ReadUI},
-      {"ConfigureFromTheFile2", ConfigureFromTheFile2},
+      Plain("ReadRegistry", ReadRegistry),
+      Plain("PopulateData", PopulateData),
+      Plain("ReadTheRegistry", ReadTheRegistry),
+      Plain("CreateConfigFile2", CreateConfigFile2),
+      Plain("ReadFile", ReadFile),
+      Plain("ReadUI", ReadUI),
+      Plain("ConfigureFromTheFile2", ConfigureFromTheFile2),
       {"Form_Load", Form_Load, "Form1", Notification::kLoad},
       Handler("CMB_PORT", Notification::kClick, "Click", CMB_PORT_Click),
       Handler("CMD_APPLY", Notification::kClick, "Click", CMD_APPLY_Click),

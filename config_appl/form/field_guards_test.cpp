@@ -1,0 +1,119 @@
+// The guards and option groups as a user meets them: through the engine's user actions on a
+// started program.
+#include "config_appl/form/field_guards.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "config_appl/model/program_fixture.h"
+
+namespace ketra {
+namespace {
+
+using forms::MsgBoxStyle;
+using forms::Refusal;
+using testing::Box;
+using testing::ProgramFixture;
+
+class GuardTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    f.AddPorts(2);
+    ASSERT_TRUE(f.Start());
+    f.TakeBoxes();
+  }
+  forms::ControlId Id(std::string_view name) { return f.p().form().Id(name); }
+  void Type(std::string_view name, std::string_view text) { f.p().form().Type(Id(name), text); }
+  void Focus(std::string_view name) { f.p().form().Focus(Id(name)); }
+  ProgramFixture f;
+};
+
+TEST_F(GuardTest, NumericGuardEmptiesAtTheFirstBadKeystroke) {
+  struct Case {
+    const char* field;
+    const char* typed;
+    const char* result;
+  };
+  const std::vector<Case> cases = {{"TXT_IP1", "12a", ""},     {"TXT_IP1", "25", "25"},
+                                   {"TXT_UDP", " ", ""},       {"TXT_UDP", "12 ", "12 "},
+                                   {"TXT_LOCPORT", "-1", "1"}, {"TXT_IP3", "0000255", "0000255"},
+                                   {"TXT_IP4", ".5", "5"}};
+  for (const Case& c : cases) {
+    f.p().SetText(c.field, "");
+    Focus(c.field);
+    Type(c.field, c.typed);
+    EXPECT_EQ(f.p().Text(c.field), c.result) << c.field << " typed " << c.typed;
+  }
+  EXPECT_TRUE(f.TakeBoxes().empty());
+}
+
+TEST_F(GuardTest, FocusSelectsAllSoTypingReplaces) {
+  Focus("TXT_LOCPORT");
+  EXPECT_EQ(f.p().Ctl("TXT_LOCPORT").sel_length, 4);
+  Type("TXT_LOCPORT", "7");
+  EXPECT_EQ(f.p().Text("TXT_LOCPORT"), "7");
+}
+
+TEST_F(GuardTest, BoundGuardSpeaksOnLeavingAnAddressField) {
+  f.p().SetText("TXT_IP1", "");
+  Focus("TXT_IP1");
+  Type("TXT_IP1", "256");
+  EXPECT_EQ(f.p().Text("TXT_IP1"), "256");
+  EXPECT_TRUE(f.TakeBoxes().empty());
+  Focus("TXT_LOCPORT");
+  EXPECT_EQ(f.TakeBoxes(), (std::vector<Box>{{"Invalid Ip Address", MsgBoxStyle::kPlain}}));
+  EXPECT_EQ(f.p().Text("TXT_IP1"), "");
+  EXPECT_EQ(f.p().form().focus(), Id("TXT_LOCPORT"));
+
+  f.p().SetText("TXT_IP2", "255");
+  Focus("TXT_IP2");
+  Focus("TXT_LOCPORT");
+  EXPECT_EQ(f.p().Text("TXT_IP2"), "255");
+  EXPECT_TRUE(f.TakeBoxes().empty());
+}
+
+TEST_F(GuardTest, DistinctnessGuardEmptiesTheFieldLeft) {
+  f.p().SetValue("OPT_SWF", true);
+  f.p().SetText("TXT_XON", "A");
+  f.p().SetText("TXT_XOFF", "A");  // equal texts set by the program: nothing yet
+  EXPECT_TRUE(f.TakeBoxes().empty());
+  Focus("TXT_XOFF");
+  Focus("TXT_XON");
+  EXPECT_EQ(
+      f.TakeBoxes(),
+      (std::vector<Box>{{"Please select distinct values for XON and XOFF", MsgBoxStyle::kPlain}}));
+  EXPECT_EQ(f.p().Text("TXT_XOFF"), "");
+  EXPECT_EQ(f.p().Text("TXT_XON"), "A");
+  // Two empty fields say nothing; "a" and "A" differ.
+  f.p().SetText("TXT_XON", "");
+  Focus("TXT_LOCPORT");
+  f.p().SetText("TXT_XON", "a");
+  f.p().SetText("TXT_XOFF", "A");
+  Focus("TXT_XON");
+  Focus("TXT_LOCPORT");
+  EXPECT_TRUE(f.TakeBoxes().empty());
+}
+
+TEST_F(GuardTest, OptionGroupsSwitchTheirControls) {
+  forms::Form& form = f.p().form();
+  form.Click(Id("OPT_DSB"));
+  EXPECT_FALSE(f.p().Ctl("TXT_LOCPORT").enabled);
+  EXPECT_TRUE(f.p().Ctl("Label2").enabled);
+  EXPECT_FALSE(f.p().Ctl("LBL_UDP").enabled);
+  EXPECT_EQ(form.Click(Id("OPT_SWF")), Refusal::kDisabled);
+  EXPECT_EQ(form.Reach(Id("TXT_UDP")), Refusal::kDisabled);
+  form.Click(Id("OPT_ENB"));
+  // Enable under hardware flow: the boxes come on, their labels stay off.
+  EXPECT_TRUE(f.p().Ctl("TXT_XON").enabled);
+  EXPECT_FALSE(f.p().Ctl("LBL_XON").enabled);
+  form.Click(Id("OPT_SWF"));
+  form.Click(Id("OPT_HWF"));
+  EXPECT_FALSE(f.p().Ctl("TXT_XON").enabled);
+  EXPECT_FALSE(f.p().Ctl("LBL_XOFF").enabled);
+  EXPECT_TRUE(f.p().Ctl("OPT_ENB").enabled);
+}
+
+}  // namespace
+}  // namespace ketra

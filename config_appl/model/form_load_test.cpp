@@ -1,0 +1,123 @@
+#include "config_appl/model/form_load.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "config_appl/model/program_fixture.h"
+
+namespace ketra {
+namespace {
+
+using forms::MsgBoxStyle;
+using testing::Box;
+using testing::ProgramFixture;
+
+TEST(FormLoad, FirstRunStoresTheDefaultsAndShowsTheFirstPort) {
+  ProgramFixture f;
+  f.AddPorts(3);
+  ASSERT_TRUE(f.Start());
+  EXPECT_TRUE(f.TakeBoxes().empty());
+  Program& p = f.p();
+  EXPECT_EQ(p.decl().PortCount, 3);
+  EXPECT_EQ(p.decl().LastPort, 2);
+  EXPECT_EQ(p.Ctl("CMB_PORT").items, (std::vector<std::string>{"COM3", "COM4", "COM5"}));
+  EXPECT_EQ(p.Ctl("CMB_PORT").list_index, 0);
+  EXPECT_EQ(p.Text("TXT_LOCPORT"), "3000");
+  EXPECT_EQ(p.Text("TXT_UDP"), "3003");
+  EXPECT_EQ(p.Text("TXT_IP4"), "35");
+  EXPECT_EQ(f.Stored("COM4", "LOCALPORT"), "3001");
+  EXPECT_EQ(f.Stored("COM4", "REMOTEPORT"), "3004");
+  EXPECT_EQ(f.Stored("COM5", "REMOTEIP"), "587311296");
+  EXPECT_EQ(f.row(0).RemotePort, "3003");
+  EXPECT_EQ(p.decl().AppPath, "/opt/ketra");
+  EXPECT_FALSE(p.Ctl("TXT_XON").enabled);
+}
+
+TEST(FormLoad, LaterRunKeepsSoftwareFlowAndResetsHardwareFlowCharacters) {
+  ProgramFixture f;
+  f.AddPorts(2);
+  ASSERT_TRUE(f.Start());
+  f.Store("COM3", "FLOWCONTROL", "49");
+  f.Store("COM3", "XON", "17");
+  f.Store("COM3", "XOFF", "19");
+  f.Store("COM3", "LOCALPORT", "0");
+  f.Store("COM4", "XON", "1");
+  f.Store("COM4", "XOFF", "2");
+  f.NewProgram();
+  ASSERT_TRUE(f.Start());
+  Program& p = f.p();
+  EXPECT_EQ(f.Stored("COM3", "XON"), "17");
+  EXPECT_EQ(f.Stored("COM4", "XON"), "66");
+  EXPECT_EQ(f.Stored("COM4", "XOFF"), "65");
+  EXPECT_EQ(f.Stored("COM3", "LOCALPORT"), "0");  // "0" is a stored setting, not a first run
+  EXPECT_EQ(p.Text("TXT_XON"), "&H11");
+  EXPECT_TRUE(p.Value("OPT_SWF"));
+  EXPECT_TRUE(p.Ctl("LBL_XON").enabled);
+}
+
+TEST(FormLoad, NoPortsShowsTheMessageAndTouchesNothing) {
+  ProgramFixture f;
+  EXPECT_FALSE(f.Start());
+  EXPECT_EQ(f.TakeBoxes(),
+            (std::vector<Box>{{"No virtual ports avaiable. Please install ports and start the "
+                               "application",
+                               MsgBoxStyle::kInformation}}));
+  EXPECT_TRUE(f.p().form().unloaded());
+  std::string name;
+  EXPECT_NE(f.memory->EnumKey(registry::kHKeyLocalMachine, 0, &name), registry::kErrorSuccess);
+}
+
+TEST(FormLoad, ASecondInstanceEndsSilently) {
+  ProgramFixture f;
+  f.AddPorts(1);
+  f.app.prev_instance = true;
+  EXPECT_FALSE(f.Start());
+  EXPECT_TRUE(f.TakeBoxes().empty());
+  EXPECT_EQ(f.Stored("COM3", "PORTNAME"), "<missing>");
+}
+
+TEST(FormLoad, AStoreThatCannotBeWrittenEndsTheStart) {
+  ProgramFixture f;
+  f.AddPorts(1);
+  f.registry.FailWhen(registry::FaultyRegistry::Op::kCreate, "Tessaron");
+  EXPECT_FALSE(f.Start());
+  EXPECT_EQ(f.TakeBoxes(), (std::vector<Box>{{"Error opening or creating registry key -- aborting.",
+                                              MsgBoxStyle::kCritical}}));
+}
+
+TEST(FormLoad, APortAddedSinceTheLastRunGetsDefaultsAndOthersKeepTheirs) {
+  ProgramFixture f;
+  f.AddPorts(2);
+  ASSERT_TRUE(f.Start());
+  f.Store("COM4", "LOCALPORT", "4444");
+  f.AddDevice(2, "COM5");
+  f.NewProgram();
+  ASSERT_TRUE(f.Start());
+  EXPECT_EQ(f.Stored("COM4", "LOCALPORT"), "4444");
+  EXPECT_EQ(f.Stored("COM5", "LOCALPORT"), "3002");
+  EXPECT_EQ(f.Stored("COM5", "REMOTEPORT"), "3005");
+  EXPECT_EQ(f.Stored("COM5", "FLOWCONTROL"), "48");
+}
+
+TEST(FormLoad, APortMovedIntoRowZeroDoesNotCostTheOthersTheirSettings) {
+  ProgramFixture f;
+  f.AddDevice(0, "COM4");
+  ASSERT_TRUE(f.Start());
+  f.Store("COM4", "LOCALPORT", "4444");
+  f.Store("COM4", "FLOWCONTROL", "49");
+  f.Store("COM4", "XON", "17");
+  // A new port now comes first in the device map.
+  f.AddDevice(0, "COM2");
+  f.AddDevice(1, "COM4");
+  f.NewProgram();
+  ASSERT_TRUE(f.Start());
+  EXPECT_EQ(f.Stored("COM2", "LOCALPORT"), "3000");
+  EXPECT_EQ(f.Stored("COM4", "LOCALPORT"), "4444");
+  EXPECT_EQ(f.Stored("COM4", "FLOWCONTROL"), "49");
+  EXPECT_EQ(f.Stored("COM4", "XON"), "17");
+}
+
+}  // namespace
+}  // namespace ketra

@@ -1,0 +1,120 @@
+#include "config_appl/model/read_registry.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "config_appl/model/program_fixture.h"
+
+namespace ketra {
+namespace {
+
+using testing::ProgramFixture;
+
+std::vector<std::string> Names(Program& p) {
+  std::vector<std::string> names;
+  for (int r = 0; r < p.decl().PortCount; ++r) names.push_back(p.decl().PortTable[r].PortName);
+  return names;
+}
+
+struct ScanCase {
+  const char* what;
+  std::vector<std::pair<int, std::string>> devices;
+  std::vector<std::string> expected;
+};
+
+class ScanTest : public ::testing::TestWithParam<ScanCase> {};
+
+TEST_P(ScanTest, GivesRowsInDeviceOrder) {
+  ProgramFixture f;
+  for (const auto& [device, data] : GetParam().devices) f.AddDevice(device, data);
+  ReadRegistry(f.p());
+  EXPECT_EQ(Names(f.p()), GetParam().expected);
+  EXPECT_EQ(f.p().decl().PortCount, static_cast<int>(GetParam().expected.size()));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Discovery, ScanTest,
+    ::testing::Values(
+        ScanCase{"gaps", {{0, "COM3"}, {1, "COM4"}, {5, "COM7"}}, {"COM3", "COM4", "COM7"}},
+        ScanCase{"last number only", {{9999, "COM9"}, {10000, "COM8"}}, {"COM9"}},
+        ScanCase{"order by device not name", {{0, "COM9"}, {1, "COM3"}}, {"COM9", "COM3"}},
+        ScanCase{"lower case and other devices use no row",
+                 {{0, "com5"}, {1, "LPT1"}, {2, "COM6"}},
+                 {"COM6"}},
+        ScanCase{"leading space is tested before trimming", {{0, " COM5"}, {1, "COM6"}}, {"COM6"}},
+        ScanCase{"cut to five characters", {{0, "COM100"}, {1, "COM12"}}, {"COM10", "COM12"}},
+        ScanCase{"cut to four when the fifth is no digit", {{0, "COMXY"}}, {"COMX"}},
+        ScanCase{"any C counts", {{0, "Cab"}}, {"Cab"}},
+        ScanCase{"same name twice", {{0, "COM12a"}, {1, "COM123"}}, {"COM12", "COM12"}},
+        ScanCase{"empty map", {}, {}}),
+    [](const ::testing::TestParamInfo<ScanCase>& param_info) {
+      std::string name = param_info.param.what;
+      for (char& c : name) {
+        if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
+      }
+      return name;
+    });
+
+TEST(PortNameFromValueText, CutsAtTheFifthCharacter) {
+  using namespace std::string_literals;
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {"COM5\0"s, "COM5"},   {"COM5", "COM5"},       {"COM5\0\0\0\0\0\0"s, "COM5"},
+      {"COM12\0"s, "COM12"}, {"COM123\0"s, "COM12"}, {"COMXY\0"s, "COMX"},
+      {"C  5 "s, "C  5"},    {"CO 1\0"s, "CO 1"},
+  };
+  for (const auto& [value, name] : cases) {
+    EXPECT_EQ(PortNameFromValueText(value), name) << "value of " << value.size() << " bytes";
+  }
+}
+
+TEST(ReadRegistry, StopsAtTheHundredAndSecondPort) {
+  ProgramFixture f;
+  for (int i = 0; i < 102; ++i) f.AddDevice(i, "COM" + std::to_string(i + 1));
+  ReadRegistry(f.p());
+  EXPECT_EQ(f.p().decl().PortCount, 101);
+  EXPECT_EQ(f.row(100).PortName, "COM10");  // COM101 cut to five characters
+  EXPECT_EQ(f.row(0).PortName, "COM1");
+}
+
+TEST(ReadRegistry, MissingMapFindsNothingAndLeavesTheTableZero) {
+  ProgramFixture f;
+  ReadRegistry(f.p());
+  EXPECT_EQ(f.p().decl().PortCount, 0);
+  EXPECT_TRUE(f.row(0).PortName.empty());
+}
+
+TEST(ReadRegistry, ValueLengthIsKeptAcrossMissingDevices) {
+  // Device 1 has no value: its buffer is made of the previous length in NULs and fails the
+  // test, while device 2 still matches.
+  ProgramFixture f;
+  f.AddDevice(0, "COM3");
+  f.AddDevice(2, "COM4");
+  ReadRegistry(f.p());
+  EXPECT_EQ(Names(f.p()), (std::vector<std::string>{"COM3", "COM4"}));
+}
+
+TEST(ReadRegistry, ValuesOfOtherTypesAreReadAsText) {
+  ProgramFixture f;
+  registry::HKey key = 0;
+  std::uint32_t disposition = 0;
+  f.memory->CreateKeyEx(registry::kHKeyLocalMachine, "HARDWARE\\DEVICEMAP\\SERIALCOMM", 0,
+                        registry::kKeyWrite, &key, &disposition);
+  const std::string binary = "COM7";  // no NUL at all
+  f.memory->SetValueEx(key, "\\Device\\TesSerial0", registry::kRegBinary,
+                       reinterpret_cast<const std::uint8_t*>(binary.data()), 4);
+  f.memory->SetValueEx(key, "\\Device\\TesSerial1", registry::kRegBinary, nullptr, 0);
+  const std::uint32_t dword = 0x43;  // "C\0\0\0"
+  f.memory->SetValueEx(key, "\\Device\\TesSerial2", registry::kRegDword,
+                       reinterpret_cast<const std::uint8_t*>(&dword), 4);
+  f.memory->CloseKey(key);
+  ReadRegistry(f.p());
+  ASSERT_EQ(f.p().decl().PortCount, 2);
+  EXPECT_EQ(f.row(0).PortName, "COM7");
+  EXPECT_EQ(f.row(1).PortName, std::string("C\0\0\0", 4));
+}
+
+}  // namespace
+}  // namespace ketra

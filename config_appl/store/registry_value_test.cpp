@@ -1,0 +1,128 @@
+#include "config_appl/store/registry_value.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "config_appl/model/program_fixture.h"
+
+namespace ketra {
+namespace {
+
+using testing::Box;
+using testing::ProgramFixture;
+
+void Set(Program& p, std::string_view section, std::string_view name, std::string_view value) {
+  SetRegistryValue(p, registry::kHKeyLocalMachine, kCompany, kProduct, section, name, value);
+}
+
+std::string Get(Program& p, std::string_view section, std::string_view name) {
+  return GetRegistryValue(p, registry::kHKeyLocalMachine, kCompany, kProduct, section, name,
+                          "default");
+}
+
+TEST(SetRegistryValue, StoresTheTextAndOneNulAsTypeZero) {
+  ProgramFixture f;
+  Set(f.p(), "COM3", "LOCALPORT", "3000");
+  Set(f.p(), "COM3", "EMPTY", "");
+  std::uint32_t type = 99;
+  std::vector<std::uint8_t> data;
+  ASSERT_TRUE(f.StoredRaw("COM3", "LOCALPORT", &type, &data));
+  EXPECT_EQ(type, registry::kRegNone);
+  EXPECT_EQ(data, (std::vector<std::uint8_t>{'3', '0', '0', '0', 0}));
+  ASSERT_TRUE(f.StoredRaw("COM3", "EMPTY", &type, &data));
+  EXPECT_EQ(data, std::vector<std::uint8_t>{0});
+}
+
+TEST(SetRegistryValue, ReplacesAValueOfAnotherType) {
+  ProgramFixture f;
+  f.AddDevice(0, "COM3");  // any key will do; make the port key by hand with REG_SZ
+  registry::HKey key = 0;
+  std::uint32_t disposition = 0;
+  f.memory->CreateKeyEx(registry::kHKeyLocalMachine, "Software\\Tessaron\\VSP\\COM3", 0,
+                        registry::kKeyWrite, &key, &disposition);
+  f.memory->SetValueEx(key, "XON", registry::kRegSz, reinterpret_cast<const std::uint8_t*>("17"),
+                       3);
+  f.memory->CloseKey(key);
+  Set(f.p(), "COM3", "XON", "66");
+  std::uint32_t type = 99;
+  std::vector<std::uint8_t> data;
+  ASSERT_TRUE(f.StoredRaw("COM3", "XON", &type, &data));
+  EXPECT_EQ(type, registry::kRegNone);
+  EXPECT_EQ(f.Stored("COM3", "XON"), "66");
+}
+
+TEST(SetRegistryValue, AKeyThatCannotBeCreatedEndsTheProgramAfterACriticalBox) {
+  ProgramFixture f;
+  Set(f.p(), "COM3", "PORTNAME", "COM3");
+  f.registry.FailWhen(registry::FaultyRegistry::Op::kCreate, "COM4");
+  EXPECT_THROW(Set(f.p(), "COM4", "PORTNAME", "COM4"), forms::ProgramEnded);
+  EXPECT_EQ(f.TakeBoxes(), (std::vector<Box>{{"Error opening or creating registry key -- aborting.",
+                                              forms::MsgBoxStyle::kCritical}}));
+  EXPECT_EQ(f.Stored("COM3", "PORTNAME"), "COM3");
+  EXPECT_EQ(f.Stored("COM4", "PORTNAME"), "<missing>");
+}
+
+TEST(SetRegistryValue, AFailedWriteIsSilent) {
+  ProgramFixture f;
+  Set(f.p(), "COM3", "XON", "66");
+  f.registry.FailWhen(registry::FaultyRegistry::Op::kSet, "XON");
+  Set(f.p(), "COM3", "XON", "17");
+  EXPECT_TRUE(f.TakeBoxes().empty());
+  EXPECT_EQ(f.Stored("COM3", "XON"), "66");
+}
+
+TEST(GetRegistryValue, ReadsBackWhatWasWritten) {
+  ProgramFixture f;
+  for (const std::string& text :
+       std::vector<std::string>{"", "3000", "-939415360", "COM3", std::string(254, 'x')}) {
+    Set(f.p(), "COM3", "V", text);
+    EXPECT_EQ(Get(f.p(), "COM3", "V"), text);
+    EXPECT_EQ(f.p().decl().RegValue, text);
+  }
+}
+
+TEST(GetRegistryValue, AKeyThatDoesNotOpenKeepsTheLastText) {
+  ProgramFixture f;
+  EXPECT_EQ(Get(f.p(), "COM9", "V"), "default");
+  EXPECT_EQ(f.p().decl().RegValue, "");
+  Set(f.p(), "COM3", "V", "49");
+  Get(f.p(), "COM3", "V");
+  EXPECT_EQ(Get(f.p(), "COM9", "V"), "default");
+  EXPECT_EQ(Get(f.p(), "COM9", "W"), "default");
+  EXPECT_EQ(f.p().decl().RegValue, "49");
+}
+
+TEST(GetRegistryValue, MissingValueAndOtherTypesKeepTheBlanksOfTheBuffer) {
+  ProgramFixture f;
+  Set(f.p(), "COM3", "V", "1");
+  EXPECT_EQ(Get(f.p(), "COM3", "MISSING"), std::string(254, ' '));
+
+  registry::HKey key = 0;
+  f.memory->OpenKeyEx(registry::kHKeyLocalMachine, "Software\\Tessaron\\VSP\\COM3", 0,
+                      registry::kKeyWrite, &key);
+  f.memory->SetValueEx(key, "SZ", registry::kRegSz, reinterpret_cast<const std::uint8_t*>("49"), 3);
+  f.memory->SetValueEx(key, "EMPTY0", registry::kRegNone, nullptr, 0);
+  const std::string long_text(300, '7');
+  f.memory->SetValueEx(key, "LONG", registry::kRegNone,
+                       reinterpret_cast<const std::uint8_t*>(long_text.data()), 300);
+  f.memory->CloseKey(key);
+
+  EXPECT_EQ(Get(f.p(), "COM3", "SZ"), std::string("49\0", 3) + std::string(252, ' '));
+  EXPECT_EQ(Get(f.p(), "COM3", "EMPTY0"), "");
+  // Too long for the buffer: the buffer stays blank.
+  EXPECT_EQ(Get(f.p(), "COM3", "LONG"), std::string(255, ' '));
+}
+
+TEST(IpFromLong, FirstOctetIsTheLowByte) {
+  const std::vector<std::pair<std::int32_t, std::string>> cases = {{587311296, "192.168.1.35"},
+                                                                   {-939415360, "192.168.1.200"},
+                                                                   {-1, "255.255.255.255"},
+                                                                   {0, "0.0.0.0"},
+                                                                   {16777343, "127.0.0.1"}};
+  for (const auto& [address, dotted] : cases) EXPECT_EQ(IpFromLong(address), dotted);
+}
+
+}  // namespace
+}  // namespace ketra

@@ -1,0 +1,205 @@
+// The save and the load of every port's settings, and their round trip.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "config_appl/model/populate_data.h"
+#include "config_appl/model/program_fixture.h"
+#include "config_appl/model/read_registry.h"
+#include "config_appl/store/settings_load.h"
+#include "config_appl/store/settings_save.h"
+#include "platform/runtime/conversion_error.h"
+
+namespace ketra {
+namespace {
+
+using testing::ProgramFixture;
+
+// Discovery and the start-up's presets, without the form.
+void Discover(ProgramFixture& f, int ports) {
+  f.AddPorts(ports);
+  ReadRegistry(f.p());
+  Declarations& d = f.p().decl();
+  d.LastPort = static_cast<std::int16_t>(d.PortCount - 1);
+  for (int r = 0; r <= d.LastPort; ++r) {
+    d.PortTable[r].FlowControl = "0";
+    d.PortTable[r].XOFF = 65;
+    d.PortTable[r].XON = 66;
+  }
+}
+
+TEST(CreateConfigFile2, WritesTheDefaultsInTheirStoredForms) {
+  ProgramFixture f;
+  Discover(f, 2);
+  PopulateData(f.p());
+  CreateConfigFile2(f.p());
+  const std::vector<std::pair<std::string, std::string>> com3 = {
+      {"PORTNAME", "COM3"},   {"ENABLED", "49"},        {"FLOWCONTROL", "48"},
+      {"XON", "66"},          {"XOFF", "65"},           {"LOCALPORT", "3000"},
+      {"REMOTEPORT", "3003"}, {"REMOTEIP", "587311296"}};
+  for (const auto& [name, text] : com3) EXPECT_EQ(f.Stored("COM3", name), text) << name;
+  EXPECT_EQ(f.Stored("COM4", "LOCALPORT"), "3001");
+  EXPECT_EQ(f.Stored("COM4", "REMOTEPORT"), "3004");
+
+  // The values stand in the order of the writes.
+  registry::HKey key = 0;
+  f.memory->OpenKeyEx(registry::kHKeyLocalMachine, "Software\\Tessaron\\VSP\\COM3", 0,
+                      registry::kKeyRead, &key);
+  for (std::uint32_t i = 0; i < com3.size(); ++i) {
+    std::string name;
+    std::uint32_t type = 0;
+    std::vector<std::uint8_t> data;
+    ASSERT_EQ(f.memory->EnumValue(key, i, &name, &type, &data), registry::kErrorSuccess);
+    EXPECT_EQ(name, com3[i].first);
+    EXPECT_EQ(type, registry::kRegNone);
+  }
+  f.memory->CloseKey(key);
+}
+
+struct StoredForm {
+  const char* field_text;
+  const char* stored;
+};
+
+TEST(CreateConfigFile2, PortTextsAreStoredAsTheirLeadingNumber) {
+  const std::vector<StoredForm> cases = {{"03000", "3000"}, {"3000 ", "3000"}, {"", "0"},
+                                         {"12ab", "12"},    {"1e3", "1000"},   {"1.5", "1.5"},
+                                         {"-1", "-1"},      {"9e15", "9E+15"}};
+  for (const StoredForm& c : cases) {
+    EXPECT_EQ(StoredPortNumber(c.field_text), c.stored) << c.field_text;
+  }
+}
+
+TEST(CreateConfigFile2, AddressesAreStoredAsSignedNumbers) {
+  const std::vector<StoredForm> cases = {{"192.168.1.35", "587311296"},
+                                         {"192.168.1.200", "-939415360"},
+                                         {"255.255.255.255", "-1"},
+                                         {"no address", "-1"},
+                                         {"192.168.1.010", "134326464"}};
+  for (const StoredForm& c : cases) EXPECT_EQ(StoredAddress(c.field_text), c.stored);
+}
+
+TEST(CreateConfigFile2, SwitchesHaveExactlyTwoForms) {
+  ProgramFixture f;
+  Discover(f, 4);
+  PopulateData(f.p());
+  const char* flows[] = {"1", "", "01", " 1"};
+  const std::int16_t enables[] = {-1, 0, 1, -2};
+  for (int r = 0; r < 4; ++r) {
+    f.row(r).FlowControl = flows[r];
+    f.row(r).Enabled = enables[r];
+  }
+  f.row(0).XON = 0;
+  f.row(0).XOFF = 255;
+  CreateConfigFile2(f.p());
+  EXPECT_EQ(f.Stored("COM3", "FLOWCONTROL"), "49");
+  EXPECT_EQ(f.Stored("COM3", "ENABLED"), "49");
+  EXPECT_EQ(f.Stored("COM3", "XON"), "0");
+  EXPECT_EQ(f.Stored("COM3", "XOFF"), "255");
+  for (const char* port : {"COM4", "COM5", "COM6"}) {
+    EXPECT_EQ(f.Stored(port, "FLOWCONTROL"), "48") << port;
+    EXPECT_EQ(f.Stored(port, "ENABLED"), "48") << port;
+  }
+}
+
+TEST(ReadTheRegistry, RoundTripGivesTheNormalForms) {
+  ProgramFixture f;
+  Discover(f, 3);
+  PopulateData(f.p());
+  f.row(0) = {0, "COM3", "192.168.1.200", "03003", "03000", "1", 17, 19};
+  f.row(1) = {-1, "COM4", "192.168.1.010", "", "3001 ", "0", 1, 2};
+  f.row(2) = {-1, "COM5", "not an address", "3005", "3002", "1", 0, 255};
+  CreateConfigFile2(f.p());
+
+  ProgramFixture& g = f;
+  g.NewProgram();
+  Discover(g, 0);  // the map is already there
+  ReadTheRegistry(g.p());
+  EXPECT_EQ(g.row(0).Enabled, 0);
+  EXPECT_EQ(g.row(0).FlowControl, "1");
+  EXPECT_EQ(g.row(0).XON, 17);
+  EXPECT_EQ(g.row(0).XOFF, 19);
+  EXPECT_EQ(g.row(0).RemoteIP, "192.168.1.200");
+  EXPECT_EQ(g.row(0).RemotePort, "3003");
+  EXPECT_EQ(g.row(0).LocalPort, "3000");
+  // Hardware flow: the presets stay, whatever was stored.
+  EXPECT_EQ(g.row(1).XON, 66);
+  EXPECT_EQ(g.row(1).XOFF, 65);
+  EXPECT_EQ(g.row(1).RemoteIP, "192.168.1.8");
+  EXPECT_EQ(g.row(1).RemotePort, "0");
+  EXPECT_EQ(g.row(1).LocalPort, "3001");
+  EXPECT_EQ(g.row(2).RemoteIP, "255.255.255.255");
+  EXPECT_EQ(g.row(2).XON, 0);
+  EXPECT_EQ(g.row(2).XOFF, 255);
+  EXPECT_EQ(g.p().decl().RegValue, "3005");
+}
+
+TEST(ReadTheRegistry, AFirstRunStopsAtTheFirstXoff) {
+  ProgramFixture f;
+  Discover(f, 2);
+  EXPECT_THROW(ReadTheRegistry(f.p()), runtime::ConversionError);
+  EXPECT_EQ(f.row(0).Enabled, 0);
+  EXPECT_EQ(f.row(0).FlowControl, "1");
+  EXPECT_EQ(f.row(0).LocalPort, "");
+  EXPECT_EQ(f.row(0).RemotePort, "");
+  EXPECT_EQ(f.row(0).RemoteIP, "");
+  EXPECT_EQ(f.row(0).XOFF, 65);
+  EXPECT_EQ(f.row(1).FlowControl, "0");
+  EXPECT_EQ(f.p().decl().RegValue, "");
+}
+
+TEST(ReadTheRegistry, StopsAtAStoredByteOutOfRange) {
+  ProgramFixture f;
+  Discover(f, 2);
+  PopulateData(f.p());
+  f.row(0).FlowControl = "1";
+  f.row(1).LocalPort = "4444";
+  CreateConfigFile2(f.p());
+  f.Store("COM3", "XON", "256");
+  f.NewProgram();
+  Discover(f, 0);
+  EXPECT_THROW(ReadTheRegistry(f.p()), runtime::ConversionError);
+  EXPECT_EQ(f.row(0).XOFF, 65);
+  EXPECT_EQ(f.row(0).RemoteIP, "");   // never reached
+  EXPECT_EQ(f.row(1).LocalPort, "");  // the port behind is not read
+}
+
+TEST(ReadTheRegistry, APortWithoutAKeyDoesNotTakeThePreviousPortsText) {
+  ProgramFixture f;
+  Discover(f, 3);
+  PopulateData(f.p());
+  f.row(0).RemotePort = "4000";
+  f.row(2).LocalPort = "5555";
+  CreateConfigFile2(f.p());
+  f.memory->DeleteTree(registry::kHKeyLocalMachine, "Software\\Tessaron\\VSP\\COM4");
+  f.NewProgram();
+  Discover(f, 0);
+  ReadTheRegistry(f.p());
+  EXPECT_EQ(f.row(1).LocalPort, "");
+  EXPECT_EQ(f.row(1).RemotePort, "");
+  EXPECT_EQ(f.row(2).LocalPort, "5555");
+}
+
+TEST(ReadTheRegistry, StoredSwitchesCompareAsNumbers) {
+  ProgramFixture f;
+  Discover(f, 1);
+  PopulateData(f.p());
+  CreateConfigFile2(f.p());
+  const std::vector<std::tuple<const char*, const char*, std::int16_t, const char*>> cases = {
+      {"49", "48", -1, "0"},
+      {"49.0", "48.0", -1, "0"},
+      {"1", "0", 0, "1"},
+      {"48", "1", 0, "1"},
+      {"x", "x", 0, "1"}};
+  for (const auto& [enabled, flow, want_enabled, want_flow] : cases) {
+    f.Store("COM3", "ENABLED", enabled);
+    f.Store("COM3", "FLOWCONTROL", flow);
+    ReadTheRegistry(f.p());
+    EXPECT_EQ(f.row(0).Enabled, want_enabled) << enabled;
+    EXPECT_EQ(f.row(0).FlowControl, want_flow) << flow;
+  }
+}
+
+}  // namespace
+}  // namespace ketra
