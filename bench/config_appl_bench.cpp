@@ -1,0 +1,151 @@
+// The panel's routines on a real hive file: the discovery scan, the save and the load of every
+// port, the whole start-up, a port choice and an Apply.
+#include <benchmark/benchmark.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "config_appl/form/form_commands.h"
+#include "config_appl/model/populate_data.h"
+#include "config_appl/model/program.h"
+#include "config_appl/model/read_registry.h"
+#include "config_appl/store/settings_load.h"
+#include "config_appl/store/settings_save.h"
+#include "platform/device/scripted_device.h"
+#include "platform/registry/sqlite_hive.h"
+#include "platform/runtime/text_file.h"
+
+namespace ketra {
+namespace {
+
+class SilentBoxes : public forms::MessageBoxService {
+ public:
+  void Show(std::string_view, forms::MsgBoxStyle) override {}
+};
+
+class BenchApp : public forms::AppServices {
+ public:
+  std::string Path() const override { return "/tmp"; }
+  bool PrevInstance() override { return false; }
+};
+
+// A fresh hive file holding a device map of `ports` ports and, with `settings`, their stored
+// settings as a first run leaves them.
+class Bench {
+ public:
+  Bench(int ports, bool settings) {
+    dir_ = std::filesystem::temp_directory_path() /
+           ("ketra-bench-" + std::to_string(::getpid()) + "-" + std::to_string(counter_++));
+    std::filesystem::create_directories(dir_);
+    hive_ = registry::OpenSqliteHive((dir_ / "hive.db").string());
+    registry::HKey key = 0;
+    std::uint32_t disposition = 0;
+    hive_->CreateKeyEx(registry::kHKeyLocalMachine, "HARDWARE\\DEVICEMAP\\SERIALCOMM", 0,
+                       registry::kKeyWrite, &key, &disposition);
+    for (int i = 0; i < ports; ++i) {
+      const std::string name = "\\Device\\TesSerial" + std::to_string(i);
+      const std::string data = "COM" + std::to_string(i + 1) + std::string(1, '\0');
+      hive_->SetValueEx(key, name, registry::kRegSz,
+                        reinterpret_cast<const std::uint8_t*>(data.data()),
+                        static_cast<std::uint32_t>(data.size()));
+    }
+    hive_->CloseKey(key);
+    if (settings && ports > 0) {
+      Program& p = NewProgram();
+      Discover(p);
+      PopulateData(p);
+      CreateConfigFile2(p);
+    }
+  }
+  ~Bench() {
+    program_.reset();
+    hive_.reset();
+    std::filesystem::remove_all(dir_);
+  }
+
+  Program& NewProgram() {
+    program_.reset();
+    program_ = std::make_unique<Program>(Platform{*hive_, device_, app_, *files_, boxes_});
+    return *program_;
+  }
+
+  static void Discover(Program& p) {
+    p.decl() = Declarations{};
+    ReadRegistry(p);
+    p.decl().LastPort = static_cast<std::int16_t>(p.decl().PortCount - 1);
+  }
+
+ private:
+  static inline int counter_ = 0;
+  std::filesystem::path dir_;
+  std::unique_ptr<registry::Registry> hive_;
+  device::ScriptedDevice device_;
+  BenchApp app_;
+  std::unique_ptr<runtime::FileSystem> files_ = runtime::MakePosixFileSystem();
+  SilentBoxes boxes_;
+  std::unique_ptr<Program> program_;
+};
+
+void BM_ReadRegistryScan(benchmark::State& state) {
+  Bench bench(static_cast<int>(state.range(0)), false);
+  Program& p = bench.NewProgram();
+  for (auto _ : state) {
+    Bench::Discover(p);
+    benchmark::DoNotOptimize(p.decl().PortCount);
+  }
+}
+BENCHMARK(BM_ReadRegistryScan)->Arg(0)->Arg(4)->Arg(101)->Unit(benchmark::kMillisecond);
+
+void BM_CreateConfigFile2(benchmark::State& state) {
+  Bench bench(101, true);
+  Program& p = bench.NewProgram();
+  Bench::Discover(p);
+  PopulateData(p);
+  for (auto _ : state) CreateConfigFile2(p);
+}
+BENCHMARK(BM_CreateConfigFile2)->Unit(benchmark::kMillisecond);
+
+void BM_ReadTheRegistry(benchmark::State& state) {
+  Bench bench(101, true);
+  Program& p = bench.NewProgram();
+  Bench::Discover(p);
+  for (auto _ : state) ReadTheRegistry(p);
+}
+BENCHMARK(BM_ReadTheRegistry)->Unit(benchmark::kMillisecond);
+
+void BM_StartUp(benchmark::State& state) {
+  Bench bench(101, true);
+  for (auto _ : state) {
+    Program& p = bench.NewProgram();
+    p.Start();
+    benchmark::DoNotOptimize(p.decl().LastPort);
+  }
+}
+BENCHMARK(BM_StartUp)->Unit(benchmark::kMillisecond);
+
+void BM_PortChoice(benchmark::State& state) {
+  Bench bench(101, true);
+  Program& p = bench.NewProgram();
+  p.Start();
+  forms::Form& form = p.form();
+  const forms::ControlId list = form.Id("CMB_PORT");
+  int entry = 0;
+  for (auto _ : state) {
+    entry = (entry + 37) % 101;
+    form.Choose(list, form.at(list).items[static_cast<std::size_t>(entry)]);
+  }
+}
+BENCHMARK(BM_PortChoice)->Unit(benchmark::kMicrosecond);
+
+void BM_Apply(benchmark::State& state) {
+  Bench bench(101, true);
+  Program& p = bench.NewProgram();
+  p.Start();
+  for (auto _ : state) CMD_APPLY_Click(p);
+}
+BENCHMARK(BM_Apply)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace ketra
