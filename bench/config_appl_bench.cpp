@@ -7,6 +7,8 @@
 #include <memory>
 #include <string>
 
+#include <unistd.h>
+
 #include "config_appl/form/form_commands.h"
 #include "config_appl/model/populate_data.h"
 #include "config_appl/model/program.h"
