@@ -47,7 +47,7 @@ INSTANTIATE_TEST_SUITE_P(
         ScanCase{"leading space is tested before trimming", {{0, " COM5"}, {1, "COM6"}}, {"COM6"}},
         ScanCase{"cut to five characters", {{0, "COM100"}, {1, "COM12"}}, {"COM10", "COM12"}},
         ScanCase{"cut to four when the fifth is no digit", {{0, "COMXY"}}, {"COMX"}},
-        ScanCase{"any C counts", {{0, "Cab"}}, {"Cab"}},
+        ScanCase{"any C counts, the NUL kept", {{0, "Cab"}}, {std::string("Cab\0", 4)}},
         ScanCase{"same name twice", {{0, "COM12a"}, {1, "COM123"}}, {"COM12", "COM12"}},
         ScanCase{"empty map", {}, {}}),
     [](const ::testing::TestParamInfo<ScanCase>& param_info) {
