@@ -124,9 +124,10 @@ bool Session::Execute(std::string_view line, int line_number) {
   return !ended_;
 }
 
-void Session::RunAs(std::string_view routine, const std::function<void()>& action) {
+bool Session::RunAs(std::string_view routine, const std::function<void()>& action) {
   try {
     action();
+    return true;
   } catch (const forms::ProgramEnded&) {
     ended_ = true;
   } catch (const std::exception& failure) {
@@ -134,6 +135,7 @@ void Session::RunAs(std::string_view routine, const std::function<void()>& actio
   } catch (...) {
     Print(FailureEvent(routine, "unknown failure"));
   }
+  return false;
 }
 
 bool Session::Refused(forms::ControlId id, forms::Refusal refusal) {
@@ -180,8 +182,9 @@ bool Session::FocusFirst(forms::ControlId id) {
   if (Refused(id, form.Reach(id))) return false;
   if (form.focus() == id) return true;
   forms::Refusal refusal = forms::Refusal::kNone;
-  RunAs(FocusRoutine(id), [&] { refusal = form.Focus(id); });
-  return !ended_ && !Refused(id, refusal);
+  // A failure while the focus moves ends the action: what follows does not run.
+  if (!RunAs(FocusRoutine(id), [&] { refusal = form.Focus(id); })) return false;
+  return !Refused(id, refusal);
 }
 
 void Session::Dispatch(Words& words) {

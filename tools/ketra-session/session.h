@@ -63,8 +63,8 @@ class Session : private forms::MessageBoxService {
 
   void Dispatch(Words& words);
   // Runs `action` as the routine `routine`: a failure that reaches here is printed, the end of
-  // the program is noted.
-  void RunAs(std::string_view routine, const std::function<void()>& action);
+  // the program is noted. True when the action ran to its end.
+  bool RunAs(std::string_view routine, const std::function<void()>& action);
   // Prints a refusal; true when the action was refused.
   bool Refused(forms::ControlId id, forms::Refusal refusal);
 
