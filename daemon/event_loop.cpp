@@ -8,7 +8,7 @@
 
 namespace ketra::vspd {
 
-static_assert(kReadable == EPOLLIN && kWritable == EPOLLOUT && kError == EPOLLERR &&
+static_assert(kReadable == EPOLLIN && kWritable == EPOLLOUT && kFault == EPOLLERR &&
               kHangUp == EPOLLHUP);
 
 EventLoop::EventLoop() : epoll_(::epoll_create1(EPOLL_CLOEXEC)) {

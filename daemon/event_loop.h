@@ -17,7 +17,7 @@ namespace ketra::vspd {
 // The epoll event bits, so that users need not include the system header.
 inline constexpr std::uint32_t kReadable = 0x001;  // EPOLLIN
 inline constexpr std::uint32_t kWritable = 0x004;  // EPOLLOUT
-inline constexpr std::uint32_t kError = 0x008;     // EPOLLERR
+inline constexpr std::uint32_t kFault = 0x008;     // EPOLLERR
 inline constexpr std::uint32_t kHangUp = 0x010;    // EPOLLHUP
 
 class EventLoop {

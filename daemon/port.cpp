@@ -82,7 +82,7 @@ std::uint8_t VirtualPort::Disconnect() {
 
 void VirtualPort::OnPtyEvents(std::uint32_t events) {
   if ((events & kWritable) != 0) FlushToPty();
-  if ((events & (kReadable | kHangUp | kError)) != 0) RelayFromPty();
+  if ((events & (kReadable | kHangUp | kFault)) != 0) RelayFromPty();
   // The socket may have been held back for the pty; now that it drained, catch up.
   if (connected() && to_pty_.empty()) RelayFromSocket();
   UpdateInterest();

@@ -1,14 +1,15 @@
 #include <fcntl.h>
-#include <grp.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 #include <system_error>
 #include <vector>
 
+#include "daemon/group.h"
 #include "daemon/pty.h"
 
 namespace ketra::vspd {
@@ -16,19 +17,6 @@ namespace {
 
 [[noreturn]] void Throw(const char* what) {
   throw std::system_error(errno, std::generic_category(), what);
-}
-
-// The group's id, or -1 with *warning set.
-gid_t GroupId(const std::string& group, std::string* warning) {
-  std::vector<char> buffer(16384);
-  struct group entry {};
-  struct group* found = nullptr;
-  if (::getgrnam_r(group.c_str(), &entry, buffer.data(), buffer.size(), &found) != 0 ||
-      found == nullptr) {
-    *warning = "no group " + group + "; the pty keeps its own group";
-    return static_cast<gid_t>(-1);
-  }
-  return found->gr_gid;
 }
 
 }  // namespace
@@ -58,11 +46,12 @@ Pty Pty::Open(const std::string& group, std::string* warning) {
   if (::tcsetattr(pty.slave_.get(), TCSANOW, &settings) != 0) Throw("tcsetattr");
 
   if (!group.empty()) {
-    const gid_t gid = GroupId(group, warning);
-    if (gid != static_cast<gid_t>(-1) &&
-        ::fchown(pty.slave_.get(), static_cast<uid_t>(-1), gid) != 0) {
-      *warning = "cannot give " + pty.slave_path_ + " to group " + group + " (errno " +
-                 std::to_string(errno) + "); it keeps its own group";
+    const auto gid = FindGroupId(group);
+    if (!gid) {
+      *warning = "no group " + group + "; " + pty.slave_path_ + " keeps its own group";
+    } else if (::fchown(pty.slave_.get(), static_cast<uid_t>(-1), *gid) != 0) {
+      *warning = "cannot give " + pty.slave_path_ + " to group " + group + " (" +
+                 std::strerror(errno) + "); it keeps its own group";
     }
   }
   if (::fchmod(pty.slave_.get(), 0660) != 0) Throw("fchmod pty slave");

@@ -1,0 +1,88 @@
+// The daemon's control channel: a Unix SOCK_SEQPACKET socket on which the machine's device layer
+// opens a port's device ("\\.\COM5" or "\\.\COM5\p"), makes control calls with the 12-byte
+// record, and closes it; and on which the client asks for the status document. One connection is
+// one open device. Every message is checked whole; anything malformed, out of order or unknown
+// is refused with a reason, logged, and ends the connection, so a confused or hostile client
+// can change nothing. Connections idle for longer than the idle limit are dropped.
+//
+// Owns the listening socket (and its file) and the connections; acts on the ports through a
+// PortDirectory that outlives it. Single-threaded (the loop's).
+#ifndef KETRA_DAEMON_CONTROL_SERVER_H_
+#define KETRA_DAEMON_CONTROL_SERVER_H_
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "daemon/event_loop.h"
+#include "daemon/port.h"
+#include "platform/device/vspd_protocol.h"
+#include "platform/net/fd.h"
+
+namespace ketra::vspd {
+
+namespace wire = ::ketra::device::vspd;
+
+class PortDirectory {
+ public:
+  virtual ~PortDirectory() = default;
+  // The port of that name (ASCII letters without regard to case), or null.
+  virtual VirtualPort* FindPort(std::string_view name) = 0;
+  virtual std::string StatusJson() = 0;
+};
+
+// Answers one control call on `port`: the record that goes back, Status in its last byte.
+// `problem` receives what the log should say about a refusal or failure.
+wire::Record ExecuteControl(VirtualPort& port, std::uint32_t code, const wire::Record& input,
+                            std::string* problem);
+
+class ControlServer {
+ public:
+  static constexpr std::size_t kMaxConnections = 64;
+  static constexpr std::chrono::seconds kIdleLimit{30};
+
+  // Listens at socket_path with mode 0660 (group `group` when it can be given). A stale socket
+  // file is replaced; a path where a daemon answers, or that is not a socket, is refused.
+  // Throws std::runtime_error with the reason.
+  ControlServer(EventLoop& loop, std::string socket_path, const std::string& group,
+                PortDirectory& ports);
+  ControlServer(const ControlServer&) = delete;
+  ControlServer& operator=(const ControlServer&) = delete;
+  ~ControlServer();
+
+  void DropIdle(std::chrono::steady_clock::time_point now);
+  std::size_t connection_count() const { return connections_.size(); }
+  const std::string& socket_path() const { return socket_path_; }
+
+ private:
+  struct Connection {
+    net::Fd fd;
+    EventLoop::WatchId watch = 0;
+    std::string peer;  // "pid P uid U", for the log
+    std::optional<wire::DevicePath> device;
+    std::chrono::steady_clock::time_point last_active;
+  };
+
+  void OnAccept();
+  void OnMessage(std::uint64_t id);
+  // The reply to one parsed request; *close set when the connection must end after it.
+  wire::Reply Handle(Connection& connection, const wire::Request& request, bool* close);
+  void Close(std::uint64_t id);
+
+  EventLoop& loop_;
+  std::string socket_path_;
+  PortDirectory& ports_;
+  net::Fd listener_;
+  EventLoop::WatchId listener_watch_ = 0;
+  std::map<std::uint64_t, Connection> connections_;
+  std::uint64_t next_connection_ = 1;
+  std::vector<std::uint8_t> buffer_;
+};
+
+}  // namespace ketra::vspd
+
+#endif  // KETRA_DAEMON_CONTROL_SERVER_H_

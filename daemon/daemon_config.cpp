@@ -1,0 +1,125 @@
+#include "daemon/daemon_config.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <set>
+#include <sstream>
+
+#include <CLI/CLI.hpp>
+
+#include "platform/device/vspd_protocol.h"
+#include "platform/device/vspd_socket_path.h"
+#include "platform/net/inet.h"
+#include "platform/registry/hive_location.h"
+
+namespace ketra::vspd {
+namespace {
+
+std::string Upper(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(),
+                 [](char c) { return c >= 'a' && c <= 'z' ? char(c - 'a' + 'A') : c; });
+  return text;
+}
+
+// Checks what CLI11 cannot: names, duplicates, the address. Throws CLI::ValidationError.
+void Validate(DaemonConfig& config, const std::string& bind_text) {
+  if (config.ports.empty() || config.ports.size() > kMaxPorts) {
+    throw CLI::ValidationError("--ports", "between 1 and " + std::to_string(kMaxPorts) + " ports");
+  }
+  std::set<std::string> seen;
+  for (const std::string& name : config.ports) {
+    if (!device::vspd::IsValidPortName(name)) {
+      throw CLI::ValidationError(
+          "--ports", "bad port name '" + name + "': 1 to 32 letters, digits, '_' or '-'");
+    }
+    if (!seen.insert(Upper(name)).second) {
+      throw CLI::ValidationError("--ports", "port " + name + " named twice");
+    }
+  }
+  const std::uint32_t address = net::InetAddr(bind_text);
+  if ((address == net::kInaddrNone && bind_text != "255.255.255.255") ||
+      std::count(bind_text.begin(), bind_text.end(), '.') != 3) {
+    throw CLI::ValidationError("--bind-address", "not a dotted address: " + bind_text);
+  }
+  // InetAddr keeps the first octet in the lowest byte; the daemon works in host order.
+  config.bind_address =
+      (address & 0xFF) << 24 | (address & 0xFF00) << 8 | (address >> 8 & 0xFF00) | address >> 24;
+}
+
+}  // namespace
+
+std::string DefaultLinkDirectory() {
+  if (::geteuid() == 0 && ::access("/dev", W_OK) == 0) return "/dev";
+  if (const char* runtime = std::getenv("XDG_RUNTIME_DIR"); runtime != nullptr && *runtime) {
+    return std::string(runtime) + "/ketra-vspd";
+  }
+  return "/tmp/ketra-vspd-" + std::to_string(::getuid());
+}
+
+std::optional<Invocation> ParseCommandLine(int argc, const char* const* argv, std::string* output,
+                                           int* exit_code) {
+  Invocation invocation;
+  DaemonConfig& config = invocation.config;
+  CLI::App app{"ketra-vspd: virtual serial ports as ptys, each bridged to UDP"};
+  app.set_config("--config", "", "read options from this file (name = value lines)");
+  app.add_option("--hive", config.hive, "hive file (default: $KETRA_HIVE or the user's state)");
+  app.add_option("--socket", config.socket,
+                 "control socket (default: $KETRA_VSPD_SOCKET, $XDG_RUNTIME_DIR/ketra-vspd.sock)");
+  app.add_option("--link-dir", config.link_directory, "directory of the ports' links");
+  std::vector<std::string> ports;
+  auto* ports_option =
+      app.add_option("--ports", ports, "port names, comma separated")->delimiter(',');
+  std::size_t count = 4;
+  int first = 3;
+  auto* count_option = app.add_option("--count", count, "number of ports COM<first>...")
+                           ->check(CLI::Range(std::size_t{1}, kMaxPorts));
+  app.add_option("--first", first, "number of the first port with --count")
+      ->check(CLI::Range(0, 9999));
+  ports_option->excludes(count_option);
+  app.add_flag("--connect-enabled", config.connect_enabled,
+               "connect at start every port whose stored settings say enabled");
+  app.add_option("--group", config.group, "group of the ptys and the socket (\"\" for none)");
+  std::string bind_text = "0.0.0.0";
+  app.add_option("--bind-address", bind_text, "local address of the UDP sockets");
+  app.add_option("--max-datagram", config.max_datagram, "largest datagram sent, in bytes")
+      ->check(CLI::Range(std::size_t{1}, std::size_t{65507}));
+
+  auto* run = app.add_subcommand("run", "run the daemon in the foreground (the default)");
+  auto* status = app.add_subcommand("status", "show every port of the running daemon");
+  status->add_flag("--json", invocation.json, "print the daemon's status document as it is");
+  auto* connect = app.add_subcommand("connect", "connect PORT with its stored settings");
+  connect->add_option("PORT", invocation.port, "port name")->required();
+  auto* disconnect = app.add_subcommand("disconnect", "disconnect PORT");
+  disconnect->add_option("PORT", invocation.port, "port name")->required();
+  for (auto* sub : {run, status, connect, disconnect}) sub->fallthrough();
+  app.require_subcommand(0, 1);
+
+  try {
+    app.parse(argc, argv);
+    if (*status) invocation.action = Action::kStatus;
+    if (*connect) invocation.action = Action::kConnect;
+    if (*disconnect) invocation.action = Action::kDisconnect;
+    if (!ports.empty()) {
+      config.ports = ports;
+    } else {
+      for (std::size_t i = 0; i < count; ++i) {
+        config.ports.push_back("COM" + std::to_string(first + static_cast<int>(i)));
+      }
+    }
+    Validate(config, bind_text);
+  } catch (const CLI::ParseError& error) {
+    std::ostringstream out;
+    std::ostringstream err;
+    *exit_code = app.exit(error, out, err);
+    *output = out.str() + err.str();
+    return std::nullopt;
+  }
+  if (config.hive.empty()) config.hive = registry::DefaultHivePath();
+  if (config.socket.empty()) config.socket = device::DefaultVspdSocketPath();
+  if (config.link_directory.empty()) config.link_directory = DefaultLinkDirectory();
+  return invocation;
+}
+
+}  // namespace ketra::vspd

@@ -1,0 +1,53 @@
+// The command line of ketra-vspd and its configuration file, parsed into what to do:
+//   ketra-vspd [run] [--hive PATH] [--socket PATH] [--link-dir DIR] [--ports COM3,COM4,...
+//              | --count N --first 3] [--config FILE] [--connect-enabled] [--group NAME]
+//              [--bind-address A.B.C.D] [--max-datagram BYTES]
+//   ketra-vspd status [--json] | connect PORT | disconnect PORT   (with --hive, --socket)
+// The configuration file holds the same options as `name = value` lines (INI or TOML form,
+// e.g. `ports = "COM3,COM4"`, `connect-enabled = true`); the command line wins over it.
+// Pure parsing apart from reading the file and the environment for defaults; thread-safe.
+#ifndef KETRA_DAEMON_DAEMON_CONFIG_H_
+#define KETRA_DAEMON_DAEMON_CONFIG_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ketra::vspd {
+
+inline constexpr std::size_t kMaxPorts = 1024;
+
+struct DaemonConfig {
+  std::string hive;
+  std::string socket;
+  std::string link_directory;
+  std::vector<std::string> ports;
+  bool connect_enabled = false;
+  std::string group = "dialout";
+  std::uint32_t bind_address = 0;  // host byte order; 0 is every interface
+  std::size_t max_datagram = 8192;
+};
+
+enum class Action { kRun, kStatus, kConnect, kDisconnect };
+
+struct Invocation {
+  Action action = Action::kRun;
+  DaemonConfig config;
+  std::string port;   // connect, disconnect
+  bool json = false;  // status
+};
+
+// nullopt when the program should stop at once: *exit_code and *output (help text or the
+// error) say how.
+std::optional<Invocation> ParseCommandLine(int argc, const char* const* argv, std::string* output,
+                                           int* exit_code);
+
+// /dev when the daemon may write there (root), else $XDG_RUNTIME_DIR/ketra-vspd, else
+// /tmp/ketra-vspd-<uid>.
+std::string DefaultLinkDirectory();
+
+}  // namespace ketra::vspd
+
+#endif  // KETRA_DAEMON_DAEMON_CONFIG_H_

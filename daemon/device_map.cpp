@@ -1,0 +1,93 @@
+#include "daemon/device_map.h"
+
+#include <algorithm>
+
+namespace ketra::vspd {
+namespace {
+
+using registry::HKey;
+
+bool StartsWithNoCase(std::string_view text, std::string_view prefix) {
+  return text.size() >= prefix.size() &&
+         std::equal(prefix.begin(), prefix.end(), text.begin(), [](char a, char b) {
+           const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; };
+           return lower(a) == lower(b);
+         });
+}
+
+// Closes a key on every way out.
+class OpenKey {
+ public:
+  OpenKey(registry::Registry& registry, HKey key) : registry_(registry), key_(key) {}
+  OpenKey(const OpenKey&) = delete;
+  OpenKey& operator=(const OpenKey&) = delete;
+  ~OpenKey() {
+    if (key_ != 0) registry_.CloseKey(key_);
+  }
+  HKey get() const { return key_; }
+
+ private:
+  registry::Registry& registry_;
+  HKey key_;
+};
+
+}  // namespace
+
+bool DeviceMap::Publish(const std::vector<std::string>& port_names, std::string* problem) {
+  HKey raw = 0;
+  std::uint32_t disposition = 0;
+  const registry::Status created =
+      registry_.CreateKeyEx(registry::kHKeyLocalMachine, kSerialCommKey, 0,
+                            registry::kKeyRead | registry::kKeyWrite, &raw, &disposition);
+  const OpenKey key(registry_, raw);
+  if (created != registry::kErrorSuccess || raw == 0) {
+    *problem = "cannot create HKEY_LOCAL_MACHINE\\" + std::string(kSerialCommKey) + " (status " +
+               std::to_string(created) + ")";
+    return false;
+  }
+  // Names first, deletions after: deleting while walking would shift the indexes.
+  std::vector<std::string> stale;
+  for (std::uint32_t index = 0;; ++index) {
+    std::string name;
+    std::uint32_t type = 0;
+    std::vector<std::uint8_t> data;
+    if (registry_.EnumValue(key.get(), index, &name, &type, &data) != registry::kErrorSuccess)
+      break;
+    if (StartsWithNoCase(name, kDeviceNamePrefix)) stale.push_back(name);
+  }
+  for (const std::string& name : stale) registry_.DeleteValue(key.get(), name);
+
+  for (std::size_t n = 0; n < port_names.size(); ++n) {
+    const std::string name = std::string(kDeviceNamePrefix) + std::to_string(n);
+    std::vector<std::uint8_t> data(port_names[n].begin(), port_names[n].end());
+    data.push_back(0);
+    const registry::Status set = registry_.SetValueEx(
+        key.get(), name, registry::kRegSz, data.data(), static_cast<std::uint32_t>(data.size()));
+    if (set != registry::kErrorSuccess) {
+      *problem = "cannot write " + name + " (status " + std::to_string(set) + ")";
+      Withdraw();
+      return false;
+    }
+    written_.push_back(name);
+  }
+  return true;
+}
+
+bool DeviceMap::Withdraw() {
+  if (written_.empty()) return true;
+  HKey raw = 0;
+  const registry::Status opened = registry_.OpenKeyEx(registry::kHKeyLocalMachine, kSerialCommKey,
+                                                      0, registry::kKeyWrite, &raw);
+  const OpenKey key(registry_, raw);
+  bool all = opened == registry::kErrorSuccess;
+  if (all) {
+    for (const std::string& name : written_) {
+      const registry::Status deleted = registry_.DeleteValue(key.get(), name);
+      all = all && (deleted == registry::kErrorSuccess || deleted == registry::kErrorFileNotFound);
+    }
+  }
+  written_.clear();
+  return all;
+}
+
+}  // namespace ketra::vspd

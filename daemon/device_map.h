@@ -1,0 +1,41 @@
+// The driver's entries in the serial device map of the hive: under
+// HKEY_LOCAL_MACHINE\HARDWARE\DEVICEMAP\SERIALCOMM one REG_SZ value "\Device\TesSerial<n>" per
+// port, n counted from 0 in port order, holding the port name and a NUL. These values belong to
+// this driver alone: at start any left by a run that died are removed before ours are written;
+// values of other names in that key are never touched. Withdraw removes ours; the destructor
+// withdraws too. Owns its entries, not the registry; single-threaded.
+#ifndef KETRA_DAEMON_DEVICE_MAP_H_
+#define KETRA_DAEMON_DEVICE_MAP_H_
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/registry/registry.h"
+
+namespace ketra::vspd {
+
+inline constexpr std::string_view kSerialCommKey = "HARDWARE\\DEVICEMAP\\SERIALCOMM";
+inline constexpr std::string_view kDeviceNamePrefix = "\\Device\\TesSerial";
+
+class DeviceMap {
+ public:
+  explicit DeviceMap(registry::Registry& registry) : registry_(registry) {}
+  DeviceMap(const DeviceMap&) = delete;
+  DeviceMap& operator=(const DeviceMap&) = delete;
+  ~DeviceMap() { Withdraw(); }
+
+  // Removes stale entries of this driver and writes one per port. False, with *problem set,
+  // when the key cannot be made or a value not written; what was written is then withdrawn.
+  bool Publish(const std::vector<std::string>& port_names, std::string* problem);
+  // Removes the entries this object wrote; false when one could not be removed.
+  bool Withdraw();
+
+ private:
+  registry::Registry& registry_;
+  std::vector<std::string> written_;
+};
+
+}  // namespace ketra::vspd
+
+#endif  // KETRA_DAEMON_DEVICE_MAP_H_

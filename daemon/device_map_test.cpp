@@ -1,0 +1,96 @@
+#include "daemon/device_map.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "platform/registry/faulty_registry.h"
+#include "platform/registry/memory_registry.h"
+
+namespace ketra::vspd {
+namespace {
+
+using registry::HKey;
+using Values = std::vector<std::pair<std::string, std::string>>;
+
+// The map key's values as name and data, in order; empty when the key is missing.
+Values MapValues(registry::Registry& registry) {
+  Values values;
+  HKey key = 0;
+  if (registry.OpenKey(registry::kHKeyLocalMachine, std::string(kSerialCommKey), &key) != 0) {
+    return values;
+  }
+  for (std::uint32_t i = 0;; ++i) {
+    std::string name;
+    std::uint32_t type = 0;
+    std::vector<std::uint8_t> data;
+    if (registry.EnumValue(key, i, &name, &type, &data) != 0) break;
+    EXPECT_EQ(type, registry::kRegSz) << name;
+    values.emplace_back(name, std::string(data.begin(), data.end()));
+  }
+  registry.CloseKey(key);
+  return values;
+}
+
+void SetMapValue(registry::Registry& registry, const std::string& name, const std::string& data) {
+  HKey key = 0;
+  std::uint32_t disposition = 0;
+  ASSERT_EQ(registry.CreateKeyEx(registry::kHKeyLocalMachine, std::string(kSerialCommKey), 0,
+                                 registry::kKeyWrite, &key, &disposition),
+            0);
+  ASSERT_EQ(registry.SetValueEx(key, name, registry::kRegSz,
+                                reinterpret_cast<const std::uint8_t*>(data.data()),
+                                static_cast<std::uint32_t>(data.size())),
+            0);
+  registry.CloseKey(key);
+}
+
+TEST(DeviceMapTest, PublishesEachPortAndWithdrawsOnlyItsOwn) {
+  auto registry = registry::MakeMemoryRegistry();
+  SetMapValue(*registry, "\\Device\\Serial0", std::string("COM1\0", 5));
+  {
+    DeviceMap map(*registry);
+    std::string problem;
+    ASSERT_TRUE(map.Publish({"COM3", "COM4", "COM12"}, &problem)) << problem;
+    EXPECT_EQ(MapValues(*registry), (Values{{"\\Device\\Serial0", std::string("COM1\0", 5)},
+                                            {"\\Device\\TesSerial0", std::string("COM3\0", 5)},
+                                            {"\\Device\\TesSerial1", std::string("COM4\0", 5)},
+                                            {"\\Device\\TesSerial2", std::string("COM12\0", 6)}}));
+  }
+  EXPECT_EQ(MapValues(*registry), (Values{{"\\Device\\Serial0", std::string("COM1\0", 5)}}));
+}
+
+TEST(DeviceMapTest, EntriesOfADeadRunAreReplaced) {
+  auto registry = registry::MakeMemoryRegistry();
+  SetMapValue(*registry, "\\Device\\TesSerial0", std::string("COM8\0", 5));
+  SetMapValue(*registry, "\\device\\tesserial7", std::string("COM9\0", 5));
+  SetMapValue(*registry, "\\Device\\Serial1", std::string("COM2\0", 5));
+  DeviceMap map(*registry);
+  std::string problem;
+  ASSERT_TRUE(map.Publish({"COM3"}, &problem)) << problem;
+  EXPECT_EQ(MapValues(*registry), (Values{{"\\Device\\Serial1", std::string("COM2\0", 5)},
+                                          {"\\Device\\TesSerial0", std::string("COM3\0", 5)}}));
+  EXPECT_TRUE(map.Withdraw());
+  EXPECT_EQ(MapValues(*registry), (Values{{"\\Device\\Serial1", std::string("COM2\0", 5)}}));
+}
+
+TEST(DeviceMapTest, AFailedWriteLeavesNothingOfOurs) {
+  auto memory = registry::MakeMemoryRegistry();
+  registry::FaultyRegistry registry(*memory);
+  registry.FailWhen(registry::FaultyRegistry::Op::kSet, "TesSerial1");
+  DeviceMap map(registry);
+  std::string problem;
+  EXPECT_FALSE(map.Publish({"COM3", "COM4"}, &problem));
+  EXPECT_NE(problem.find("TesSerial1"), std::string::npos);
+  EXPECT_TRUE(MapValues(*memory).empty());
+
+  registry.Clear();
+  registry.FailWhen(registry::FaultyRegistry::Op::kCreate, "SERIALCOMM");
+  EXPECT_FALSE(map.Publish({"COM3"}, &problem));
+  EXPECT_NE(problem.find("cannot create"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace ketra::vspd

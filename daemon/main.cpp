@@ -1,0 +1,51 @@
+// ketra-vspd: the driver daemon and its client in one program. See daemon_config.h for the
+// command line and docs/daemon.md for the whole story.
+#include <exception>
+#include <iostream>
+
+#include "daemon/client.h"
+#include "daemon/daemon.h"
+#include "daemon/daemon_config.h"
+#include "daemon/log.h"
+#include "daemon/port_link.h"
+#include "platform/device/vspd_device.h"
+#include "platform/registry/sqlite_hive.h"
+
+int main(int argc, char** argv) {
+  using namespace ketra;
+  std::string output;
+  int exit_code = 0;
+  const auto invocation = vspd::ParseCommandLine(argc, argv, &output, &exit_code);
+  if (!invocation) {
+    (exit_code == 0 ? std::cout : std::cerr) << output;
+    return exit_code;
+  }
+  const vspd::DaemonConfig& config = invocation->config;
+  switch (invocation->action) {
+    case vspd::Action::kStatus:
+      return vspd::RunStatus(config.socket, invocation->json, std::cout, std::cerr);
+    case vspd::Action::kConnect:
+    case vspd::Action::kDisconnect: {
+      auto registry = registry::OpenSqliteHive(config.hive);
+      auto device = device::MakeVspdDevice(config.socket);
+      return vspd::RunPortCommand(*registry, *device, invocation->action == vspd::Action::kConnect,
+                                  invocation->port, std::cout, std::cerr);
+    }
+    case vspd::Action::kRun:
+      break;
+  }
+  vspd::BlockDaemonSignals();
+  try {
+    if (const auto slash = config.hive.rfind('/'); slash != std::string::npos && slash > 0) {
+      vspd::EnsureDirectory(config.hive.substr(0, slash));
+    }
+    auto registry = registry::OpenSqliteHive(config.hive);
+    vspd::Daemon daemon(config, *registry);
+    if (config.connect_enabled) daemon.ConnectEnabledPorts();
+    daemon.Run();
+  } catch (const std::exception& error) {
+    vspd::LogError(error.what());
+    return 1;
+  }
+  return 0;
+}
