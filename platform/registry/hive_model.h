@@ -1,0 +1,83 @@
+// The tree of keys and values that every registry in this layer works on: the whole of the
+// MemoryRegistry, and the cached copy of the file for SqliteHive. Keys are found by id; names
+// are folded to upper case (ASCII letters only) for comparison and kept as created for display.
+// Plain data, not thread-safe.
+#ifndef KETRA_PLATFORM_REGISTRY_HIVE_MODEL_H_
+#define KETRA_PLATFORM_REGISTRY_HIVE_MODEL_H_
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/registry/registry.h"
+
+namespace ketra::registry {
+
+// The platform's status for a handle whose key was deleted after it was opened.
+inline constexpr Status kErrorKeyDeleted = 1018;
+
+using KeyId = std::int64_t;
+inline constexpr KeyId kRootKeyId = 1;
+
+// The comparison form of a name: ASCII letters in upper case, every other byte as it is.
+std::string FoldName(std::string_view name);
+void FoldNameInto(std::string_view name, std::string* folded);
+
+// Splits a key path at backslashes. False when a part is empty (a backslash at the start or the
+// end, or two in a row); an empty path gives no parts.
+bool SplitKeyPath(std::string_view path, std::vector<std::string>* parts);
+
+struct HiveValue {
+  std::string name;
+  std::uint32_t type = kRegNone;
+  std::vector<std::uint8_t> data;
+};
+
+struct HiveKey {
+  KeyId parent = 0;
+  std::string name;
+  std::map<std::string, KeyId> children;  // by folded name, so iteration is the enum order
+  std::vector<HiveValue> values;          // creation order
+  std::unordered_map<std::string, std::size_t> value_index;  // folded name -> index in values
+};
+
+class HiveModel {
+ public:
+  HiveModel() { Clear(); }
+
+  // Back to the root key alone.
+  void Clear();
+
+  HiveKey* Find(KeyId id);
+  const HiveKey* Find(KeyId id) const;
+  // The child of `parent` with the folded name, or 0.
+  KeyId Child(KeyId parent, const std::string& folded) const;
+
+  // Adds a key under an existing parent. Loading adds keys in any order through AddLoadedKey,
+  // then Link ties them to their parents.
+  void AddKey(KeyId id, KeyId parent, std::string name);
+  void AddLoadedKey(KeyId id, KeyId parent, std::string name);
+  void Link();
+
+  // Creates or replaces; a replaced value keeps its place and the case of its first name.
+  void SetValue(KeyId key, std::string_view name, std::uint32_t type,
+                std::vector<std::uint8_t> data);
+  // Appends a value known to be new, in the order loaded.
+  void AppendLoadedValue(KeyId key, std::string name, std::uint32_t type,
+                         std::vector<std::uint8_t> data);
+  bool DeleteValue(KeyId key, const std::string& folded);
+  // Removes the key and everything below it; the root is emptied instead.
+  void DeleteTree(KeyId id);
+
+  const HiveValue* FindValue(const HiveKey& key, const std::string& folded) const;
+
+ private:
+  std::unordered_map<KeyId, HiveKey> keys_;
+};
+
+}  // namespace ketra::registry
+
+#endif  // KETRA_PLATFORM_REGISTRY_HIVE_MODEL_H_

@@ -1,0 +1,277 @@
+#include "platform/registry/model_registry.h"
+
+#include <cstring>
+
+namespace ketra::registry {
+
+ModelRegistry::ModelRegistry(std::unique_ptr<HiveStore> store) : store_(std::move(store)) {}
+
+KeyId ModelRegistry::KeyOf(HKey handle) const {
+  if (handle == kHKeyLocalMachine) return kRootKeyId;
+  if (handle == 0 || handle > handles_.size()) return 0;
+  return handles_[handle - 1];
+}
+
+HKey ModelRegistry::NewHandle(KeyId id) {
+  for (std::size_t i = 0; i < handles_.size(); ++i) {
+    if (handles_[i] == 0) {
+      handles_[i] = id;
+      return static_cast<HKey>(i + 1);
+    }
+  }
+  handles_.push_back(id);
+  return static_cast<HKey>(handles_.size());
+}
+
+void ModelRegistry::Stale() {
+  // The store may hold more or less than the model now; read it again at the next call.
+  loaded_ = false;
+  if (store_) store_->Invalidate();
+}
+
+Status ModelRegistry::Resolve(HKey handle, bool refresh, bool for_write, HiveKey** key, KeyId* id) {
+  *id = KeyOf(handle);
+  if (*id == 0) return kErrorInvalidHandle;
+  if (store_ && (refresh || !loaded_)) {
+    Status status = store_->Refresh(model_, for_write);
+    if (status != kErrorSuccess) return status;
+    loaded_ = true;
+  }
+  *key = model_.Find(*id);
+  return *key == nullptr ? kErrorKeyDeleted : kErrorSuccess;
+}
+
+Status ModelRegistry::OpenKey(HKey parent, std::string_view sub_key, HKey* result) {
+  return OpenKeyEx(parent, sub_key, 0, kKeyRead, result);
+}
+
+Status ModelRegistry::OpenKeyEx(HKey parent, std::string_view sub_key, std::uint32_t, std::uint32_t,
+                                HKey* result) {
+  if (result == nullptr) return kErrorInvalidParameter;
+  *result = 0;
+  HiveKey* key = nullptr;
+  KeyId id = 0;
+  Status status = Resolve(parent, true, false, &key, &id);
+  if (status != kErrorSuccess) return status;
+  if (!SplitKeyPath(sub_key, &parts_)) return kErrorInvalidParameter;
+  for (const std::string& part : parts_) {
+    FoldNameInto(part, &folded_);
+    id = model_.Child(id, folded_);
+    if (id == 0) return kErrorFileNotFound;
+  }
+  *result = NewHandle(id);
+  return kErrorSuccess;
+}
+
+Status ModelRegistry::CreateKeyEx(HKey parent, std::string_view sub_key, std::uint32_t,
+                                  std::uint32_t, HKey* result, std::uint32_t* disposition) {
+  if (result == nullptr) return kErrorInvalidParameter;
+  *result = 0;
+  HiveKey* key = nullptr;
+  KeyId id = 0;
+  Status status = Resolve(parent, true, true, &key, &id);
+  if (status != kErrorSuccess) return status;
+  // A create asks for write access, which a read-only store cannot give even for a key that
+  // exists.
+  if (store_ && !store_->Writable()) return kErrorAccessDenied;
+  std::vector<std::string> parts;
+  if (!SplitKeyPath(sub_key, &parts)) return kErrorInvalidParameter;
+  std::size_t level = 0;
+  for (; level < parts.size(); ++level) {
+    FoldNameInto(parts[level], &folded_);
+    KeyId child = model_.Child(id, folded_);
+    if (child == 0) break;
+    id = child;
+  }
+  const bool created = level < parts.size();
+  if (created) {
+    std::vector<std::string> missing(parts.begin() + static_cast<std::ptrdiff_t>(level),
+                                     parts.end());
+    std::vector<KeyId> ids;
+    if (store_) {
+      status = store_->CreateKeys(id, missing, &ids);
+      if (status != kErrorSuccess) {
+        Stale();
+        return status;
+      }
+    } else {
+      for (std::size_t i = 0; i < missing.size(); ++i) ids.push_back(next_memory_id_++);
+    }
+    for (std::size_t i = 0; i < missing.size(); ++i) {
+      model_.AddKey(ids[i], id, std::move(missing[i]));
+      id = ids[i];
+    }
+  }
+  if (disposition != nullptr) {
+    *disposition = created ? kRegCreatedNewKey : kRegOpenedExistingKey;
+  }
+  *result = NewHandle(id);
+  return kErrorSuccess;
+}
+
+Status ModelRegistry::QueryValueEx(HKey handle, std::string_view value_name, std::uint32_t* type,
+                                   std::uint8_t* data, std::uint32_t* data_length) {
+  // No refresh here: a handle reads the values as they were when it was opened, together with
+  // this instance's own writes. That makes a query as cheap as a lookup in memory.
+  HiveKey* key = nullptr;
+  KeyId id = 0;
+  Status status = Resolve(handle, false, false, &key, &id);
+  if (status != kErrorSuccess) return status;
+  if (data != nullptr && data_length == nullptr) return kErrorInvalidParameter;
+  FoldNameInto(value_name, &folded_);
+  const HiveValue* value = model_.FindValue(*key, folded_);
+  if (value == nullptr) return kErrorFileNotFound;
+  const auto size = static_cast<std::uint32_t>(value->data.size());
+  if (type != nullptr) *type = value->type;
+  if (data == nullptr) {
+    if (data_length != nullptr) *data_length = size;
+    return kErrorSuccess;
+  }
+  if (*data_length < size) {
+    *data_length = size;
+    return kErrorMoreData;
+  }
+  if (size > 0) std::memcpy(data, value->data.data(), size);
+  *data_length = size;
+  return kErrorSuccess;
+}
+
+Status ModelRegistry::SetValueEx(HKey handle, std::string_view value_name, std::uint32_t type,
+                                 const std::uint8_t* data, std::uint32_t data_length) {
+  if (data == nullptr && data_length > 0) return kErrorInvalidParameter;
+  HiveKey* key = nullptr;
+  KeyId id = 0;
+  Status status = Resolve(handle, false, true, &key, &id);
+  if (status != kErrorSuccess) return status;
+  FoldNameInto(value_name, &folded_);
+  if (store_) {
+    status = store_->SetValue(id, value_name, folded_, type, data, data_length);
+    if (status != kErrorSuccess) {
+      Stale();
+      return status;
+    }
+  }
+  model_.SetValue(id, value_name, type,
+                  data_length == 0 ? std::vector<std::uint8_t>()
+                                   : std::vector<std::uint8_t>(data, data + data_length));
+  return kErrorSuccess;
+}
+
+Status ModelRegistry::CloseKey(HKey handle) {
+  if (handle == kHKeyLocalMachine) return kErrorSuccess;
+  if (KeyOf(handle) == 0) return kErrorInvalidHandle;
+  handles_[handle - 1] = 0;
+  while (!handles_.empty() && handles_.back() == 0) handles_.pop_back();
+  return kErrorSuccess;
+}
+
+Status ModelRegistry::EnumKey(HKey handle, std::uint32_t index, std::string* name) {
+  if (name == nullptr) return kErrorInvalidParameter;
+  HiveKey* key = nullptr;
+  KeyId id = 0;
+  // A walk starts at index 0; that is when the model catches up with other processes.
+  Status status = Resolve(handle, index == 0, false, &key, &id);
+  if (status != kErrorSuccess) return status;
+  if (index >= key->children.size()) return kErrorNoMoreItems;
+  auto it = key->children.begin();
+  std::advance(it, index);
+  const HiveKey* child = model_.Find(it->second);
+  *name = child == nullptr ? std::string() : child->name;
+  return kErrorSuccess;
+}
+
+Status ModelRegistry::EnumValue(HKey handle, std::uint32_t index, std::string* name,
+                                std::uint32_t* type, std::vector<std::uint8_t>* data) {
+  HiveKey* key = nullptr;
+  KeyId id = 0;
+  Status status = Resolve(handle, index == 0, false, &key, &id);
+  if (status != kErrorSuccess) return status;
+  if (index >= key->values.size()) return kErrorNoMoreItems;
+  const HiveValue& value = key->values[index];
+  if (name != nullptr) *name = value.name;
+  if (type != nullptr) *type = value.type;
+  if (data != nullptr) *data = value.data;
+  return kErrorSuccess;
+}
+
+Status ModelRegistry::DeleteValue(HKey handle, std::string_view value_name) {
+  HiveKey* key = nullptr;
+  KeyId id = 0;
+  Status status = Resolve(handle, true, false, &key, &id);
+  if (status != kErrorSuccess) return status;
+  FoldNameInto(value_name, &folded_);
+  if (model_.FindValue(*key, folded_) == nullptr) return kErrorFileNotFound;
+  if (store_) {
+    status = store_->DeleteValue(id, folded_);
+    if (status != kErrorSuccess) {
+      Stale();
+      return status;
+    }
+  }
+  model_.DeleteValue(id, folded_);
+  return kErrorSuccess;
+}
+
+Status ModelRegistry::DeleteTree(HKey parent, std::string_view sub_key) {
+  HiveKey* key = nullptr;
+  KeyId id = 0;
+  Status status = Resolve(parent, true, false, &key, &id);
+  if (status != kErrorSuccess) return status;
+  if (!SplitKeyPath(sub_key, &parts_)) return kErrorInvalidParameter;
+  for (const std::string& part : parts_) {
+    FoldNameInto(part, &folded_);
+    id = model_.Child(id, folded_);
+    if (id == 0) return kErrorFileNotFound;
+  }
+  if (store_) {
+    status = store_->DeleteTree(id);
+    if (status != kErrorSuccess) {
+      Stale();
+      return status;
+    }
+  }
+  model_.DeleteTree(id);
+  return kErrorSuccess;
+}
+
+Status ModelRegistry::BeginBatch() {
+  if (batch_undo_) return kErrorInvalidParameter;
+  if (store_) {
+    // The model is read under the batch's lock, so the batch builds on what is really there.
+    Status status = store_->Begin();
+    if (status == kErrorSuccess) status = store_->Refresh(model_, true);
+    if (status != kErrorSuccess) {
+      store_->Rollback();
+      Stale();
+      return status;
+    }
+    loaded_ = true;
+  }
+  batch_undo_ = model_;
+  return kErrorSuccess;
+}
+
+Status ModelRegistry::CommitBatch() {
+  if (!batch_undo_) return kErrorInvalidParameter;
+  if (store_) {
+    Status status = store_->Commit();
+    if (status != kErrorSuccess) {
+      store_->Rollback();
+      model_ = std::move(*batch_undo_);
+      batch_undo_.reset();
+      Stale();
+      return status;
+    }
+  }
+  batch_undo_.reset();
+  return kErrorSuccess;
+}
+
+void ModelRegistry::AbortBatch() {
+  if (!batch_undo_) return;
+  if (store_) store_->Rollback();
+  model_ = std::move(*batch_undo_);
+  batch_undo_.reset();
+}
+
+}  // namespace ketra::registry

@@ -1,0 +1,91 @@
+// The Registry calls, handles and name rules over a HiveModel, shared by the memory registry and
+// the hive file. Where the keys last is the business of a HiveStore: none for the memory
+// registry, the SQLite file for SqliteHive. The model is the store's cache; every write goes to
+// the store first and reaches the model only when the store took it.
+// Owns its store; one thread at a time.
+#ifndef KETRA_PLATFORM_REGISTRY_MODEL_REGISTRY_H_
+#define KETRA_PLATFORM_REGISTRY_MODEL_REGISTRY_H_
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/registry/hive_model.h"
+#include "platform/registry/registry.h"
+#include "platform/registry/registry_batch.h"
+
+namespace ketra::registry {
+
+class HiveStore {
+ public:
+  virtual ~HiveStore() = default;
+  // Brings `model` up to date when the store changed behind it (another process wrote).
+  // `for_write`: the call is about to write, so a store that does not exist yet is made.
+  // A missing store read without `for_write` is an empty hive.
+  virtual Status Refresh(HiveModel& model, bool for_write) = 0;
+  // Forgets that the model is current, after a failed write left it in doubt.
+  virtual void Invalidate() = 0;
+  // False when writes are refused (a read-only file).
+  virtual bool Writable() = 0;
+  // Creates `names` as a chain of new keys below `parent`, all or none; their ids go to `ids`.
+  virtual Status CreateKeys(KeyId parent, const std::vector<std::string>& names,
+                            std::vector<KeyId>* ids) = 0;
+  virtual Status SetValue(KeyId key, std::string_view name, const std::string& folded,
+                          std::uint32_t type, const std::uint8_t* data, std::uint32_t length) = 0;
+  virtual Status DeleteValue(KeyId key, const std::string& folded) = 0;
+  // Deletes the key with everything below it; for the root, everything in it.
+  virtual Status DeleteTree(KeyId key) = 0;
+  virtual Status Begin() = 0;
+  virtual Status Commit() = 0;
+  virtual void Rollback() = 0;
+};
+
+class ModelRegistry : public Registry, public BatchWriter {
+ public:
+  // `store` may be null: the model is then all there is.
+  explicit ModelRegistry(std::unique_ptr<HiveStore> store);
+
+  Status OpenKey(HKey parent, std::string_view sub_key, HKey* result) override;
+  Status OpenKeyEx(HKey parent, std::string_view sub_key, std::uint32_t options, std::uint32_t sam,
+                   HKey* result) override;
+  Status CreateKeyEx(HKey parent, std::string_view sub_key, std::uint32_t options,
+                     std::uint32_t sam, HKey* result, std::uint32_t* disposition) override;
+  Status QueryValueEx(HKey key, std::string_view value_name, std::uint32_t* type,
+                      std::uint8_t* data, std::uint32_t* data_length) override;
+  Status SetValueEx(HKey key, std::string_view value_name, std::uint32_t type,
+                    const std::uint8_t* data, std::uint32_t data_length) override;
+  Status CloseKey(HKey key) override;
+  Status EnumKey(HKey key, std::uint32_t index, std::string* name) override;
+  Status EnumValue(HKey key, std::uint32_t index, std::string* name, std::uint32_t* type,
+                   std::vector<std::uint8_t>* data) override;
+  Status DeleteValue(HKey key, std::string_view value_name) override;
+  Status DeleteTree(HKey parent, std::string_view sub_key) override;
+
+  Status BeginBatch() override;
+  Status CommitBatch() override;
+  void AbortBatch() override;
+
+ private:
+  // The key id behind a handle, or 0 for a handle that is not open.
+  KeyId KeyOf(HKey handle) const;
+  // The key of an open handle, after a refresh of the model when `refresh`.
+  Status Resolve(HKey handle, bool refresh, bool for_write, HiveKey** key, KeyId* id);
+  HKey NewHandle(KeyId id);
+  // After a failed write: the next call reads the store again.
+  void Stale();
+
+  std::unique_ptr<HiveStore> store_;
+  HiveModel model_;
+  bool loaded_ = false;
+  // Slot i holds the key id of handle i + 1; 0 marks a free slot.
+  std::vector<KeyId> handles_;
+  KeyId next_memory_id_ = kRootKeyId + 1;  // ids of keys when there is no store
+  std::optional<HiveModel> batch_undo_;    // the model as it was at BeginBatch
+  std::string folded_;                     // scratch space, so a lookup allocates nothing
+  std::vector<std::string> parts_;
+};
+
+}  // namespace ketra::registry
+
+#endif  // KETRA_PLATFORM_REGISTRY_MODEL_REGISTRY_H_

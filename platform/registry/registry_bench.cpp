@@ -1,0 +1,156 @@
+// The three registry patterns of the panel, on a hive file in a temporary directory:
+// discovery (3 opens and 20,000 queries of the device map), the save (808 times create, set,
+// close) and the load (707 times open, query, close).
+#include <benchmark/benchmark.h>
+
+#include <string>
+#include <vector>
+
+#include "platform/registry/sqlite_hive.h"
+#include "platform/registry/test_hive_dir.h"
+
+namespace ketra::registry {
+namespace {
+
+constexpr int kPorts = 101;
+const char* const kValueNames[] = {"PORTNAME", "ENABLED",   "FLOWCONTROL", "XON",
+                                   "XOFF",     "LOCALPORT", "REMOTEPORT",  "REMOTEIP"};
+
+void SetText(Registry& reg, HKey key, const std::string& name, std::string text) {
+  text.push_back('\0');
+  reg.SetValueEx(key, name, kRegNone, reinterpret_cast<const std::uint8_t*>(text.data()),
+                 static_cast<std::uint32_t>(text.size()));
+}
+
+// The driver's device map: a few of the 10,000 device names, and other serial devices.
+void WriteDeviceMap(const std::string& hive) {
+  auto daemon = OpenSqliteHive(hive);
+  HKey map = 0;
+  daemon->CreateKeyEx(kHKeyLocalMachine, "HARDWARE\\DEVICEMAP\\SERIALCOMM", 0, kKeyWrite, &map,
+                      nullptr);
+  for (int n : {0, 1, 2, 5, 17, 300, 4096, 9999}) {
+    SetText(*daemon, map, "\\Device\\TesSerial" + std::to_string(n), "COM" + std::to_string(n));
+  }
+  SetText(*daemon, map, "\\Device\\Serial0", "COM1");
+  daemon->CloseKey(map);
+}
+
+// What the panel's discovery does at every start.
+int Discover(Registry& reg) {
+  HKey hardware = 0, devicemap = 0, serialcomm = 0;
+  reg.OpenKey(kHKeyLocalMachine, "HARDWARE", &hardware);
+  reg.OpenKey(hardware, "DEVICEMAP", &devicemap);
+  reg.OpenKey(devicemap, "SERIALCOMM", &serialcomm);
+  std::uint32_t length = 0;
+  std::uint32_t type = kRegSz;
+  std::string buffer;
+  int found = 0;
+  for (int n = 0; n <= 9999; ++n) {
+    const std::string name = "\\Device\\TesSerial" + std::to_string(n);
+    reg.QueryValueEx(serialcomm, name, &type, nullptr, &length);
+    buffer.assign(length, '\0');
+    reg.QueryValueEx(serialcomm, name, &type, reinterpret_cast<std::uint8_t*>(buffer.data()),
+                     &length);
+    if (!buffer.empty() && buffer[0] == 'C') ++found;
+  }
+  reg.CloseKey(serialcomm);
+  reg.CloseKey(devicemap);
+  reg.CloseKey(hardware);
+  return found;
+}
+
+void BM_DiscoveryWarm(benchmark::State& state) {
+  TestHiveDir dir;
+  const std::string hive = dir.File("hive.db");
+  WriteDeviceMap(hive);
+  auto panel = OpenSqliteHive(hive);
+  Discover(*panel);
+  for (auto _ : state) benchmark::DoNotOptimize(Discover(*panel));
+  state.counters["queries"] = 20000;
+}
+
+// A new instance each time: the first open connects and reads the hive, as at a real start.
+void BM_DiscoveryCold(benchmark::State& state) {
+  TestHiveDir dir;
+  const std::string hive = dir.File("hive.db");
+  WriteDeviceMap(hive);
+  for (auto _ : state) {
+    auto panel = OpenSqliteHive(hive);
+    benchmark::DoNotOptimize(Discover(*panel));
+  }
+}
+
+// The save: every value of every port, each an own create, set and close.
+void Save(Registry& reg, int round) {
+  for (int port = 0; port < kPorts; ++port) {
+    const std::string path = "Software\\Tessaron\\VSP\\COM" + std::to_string(port + 3);
+    for (const char* name : kValueNames) {
+      HKey key = 0;
+      reg.CreateKeyEx(kHKeyLocalMachine, path, 0, kKeyWrite, &key, nullptr);
+      SetText(reg, key, name, std::to_string(3000 + round));
+      reg.CloseKey(key);
+    }
+  }
+}
+
+void BM_Save808(benchmark::State& state) {
+  TestHiveDir dir;
+  auto panel = OpenSqliteHive(dir.File("hive.db"));
+  WriteDeviceMap(dir.File("hive.db"));
+  Save(*panel, 0);  // the keys exist from here on, as after a first run
+  int round = 1;
+  for (auto _ : state) Save(*panel, round++);
+  state.counters["writes"] = kPorts * 8;
+}
+
+void BM_SaveFirstRun808(benchmark::State& state) {
+  TestHiveDir dir;
+  int round = 0;
+  for (auto _ : state) {
+    state.PauseTiming();
+    auto panel = OpenSqliteHive(dir.File("hive" + std::to_string(round) + ".db"));
+    state.ResumeTiming();
+    Save(*panel, round++);
+  }
+}
+
+// The load: seven values of every port, each an own open, query and close.
+void BM_Load707(benchmark::State& state) {
+  TestHiveDir dir;
+  {
+    auto first = OpenSqliteHive(dir.File("hive.db"));
+    Save(*first, 0);
+  }
+  auto panel = OpenSqliteHive(dir.File("hive.db"));
+  std::vector<std::string> paths;
+  for (int port = 0; port < kPorts; ++port) {
+    paths.push_back("Software\\Tessaron\\VSP\\COM" + std::to_string(port + 3));
+  }
+  std::uint8_t buffer[255];
+  for (auto _ : state) {
+    int found = 0;
+    for (const std::string& path : paths) {
+      for (int v = 1; v < 8; ++v) {
+        HKey key = 0;
+        if (panel->OpenKeyEx(kHKeyLocalMachine, path, 0, kKeyRead, &key) != kErrorSuccess) continue;
+        std::uint32_t length = sizeof buffer;
+        std::uint32_t type = 0;
+        if (panel->QueryValueEx(key, kValueNames[v], &type, buffer, &length) == kErrorSuccess) {
+          ++found;
+        }
+        panel->CloseKey(key);
+      }
+    }
+    benchmark::DoNotOptimize(found);
+  }
+  state.counters["reads"] = kPorts * 7;
+}
+
+BENCHMARK(BM_DiscoveryWarm)->Unit(benchmark::kMillisecond)->Repetitions(10);
+BENCHMARK(BM_DiscoveryCold)->Unit(benchmark::kMillisecond)->Repetitions(10);
+BENCHMARK(BM_Save808)->Unit(benchmark::kMillisecond)->Repetitions(10);
+BENCHMARK(BM_SaveFirstRun808)->Unit(benchmark::kMillisecond)->Repetitions(10);
+BENCHMARK(BM_Load707)->Unit(benchmark::kMillisecond)->Repetitions(10);
+
+}  // namespace
+}  // namespace ketra::registry

@@ -1,0 +1,294 @@
+// What only the hive file has: a file shared by instances and processes, lazy creation, bad
+// files, and writes that outlive a killed process.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "platform/registry/sqlite_hive.h"
+#include "platform/registry/test_hive_dir.h"
+
+namespace ketra::registry {
+namespace {
+
+namespace fs = std::filesystem;
+
+Status SetText(Registry& reg, std::string_view path, std::string_view name, std::string text) {
+  HKey key = 0;
+  Status status = reg.CreateKeyEx(kHKeyLocalMachine, path, 0, kKeyWrite, &key, nullptr);
+  if (status != kErrorSuccess) return status;
+  text.push_back('\0');
+  status = reg.SetValueEx(key, name, kRegNone, reinterpret_cast<const std::uint8_t*>(text.data()),
+                          static_cast<std::uint32_t>(text.size()));
+  reg.CloseKey(key);
+  return status;
+}
+
+// The text of a value, or the failing status as "#N".
+std::string GetText(Registry& reg, std::string_view path, std::string_view name) {
+  HKey key = 0;
+  Status status = reg.OpenKeyEx(kHKeyLocalMachine, path, 0, kKeyRead, &key);
+  if (status != kErrorSuccess) return "#" + std::to_string(status);
+  std::uint8_t buffer[255];
+  std::uint32_t length = sizeof buffer;
+  status = reg.QueryValueEx(key, name, nullptr, buffer, &length);
+  reg.CloseKey(key);
+  if (status != kErrorSuccess) return "#" + std::to_string(status);
+  return std::string(reinterpret_cast<char*>(buffer), length > 0 ? length - 1 : 0);
+}
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+class SqliteHiveTest : public ::testing::Test {
+ protected:
+  std::string Hive() const { return dir_.File("hive.db"); }
+  TestHiveDir dir_;
+};
+
+TEST_F(SqliteHiveTest, WritesLastAcrossInstancesWithOrderAndCase) {
+  {
+    auto reg = OpenSqliteHive(Hive());
+    ASSERT_EQ(SetText(*reg, "Software\\Tessaron\\VSP\\COM3", "PortName", "COM3"), kErrorSuccess);
+    ASSERT_EQ(SetText(*reg, "Software\\Tessaron\\VSP\\COM3", "Enabled", "49"), kErrorSuccess);
+    ASSERT_EQ(SetText(*reg, "SOFTWARE\\TESSARON\\VSP\\COM3", "PORTNAME", "COM9"), kErrorSuccess);
+  }
+  auto reg = OpenSqliteHive(Hive());
+  EXPECT_EQ(GetText(*reg, "software\\tessaron\\vsp\\com3", "portname"), "COM9");
+  HKey key = 0;
+  ASSERT_EQ(reg->OpenKey(kHKeyLocalMachine, "Software\\Tessaron\\VSP\\COM3", &key), kErrorSuccess);
+  std::string name;
+  ASSERT_EQ(reg->EnumValue(key, 0, &name, nullptr, nullptr), kErrorSuccess);
+  EXPECT_EQ(name, "PortName");
+  ASSERT_EQ(reg->EnumValue(key, 1, &name, nullptr, nullptr), kErrorSuccess);
+  EXPECT_EQ(name, "Enabled");
+  HKey vsp = 0;
+  ASSERT_EQ(reg->OpenKey(kHKeyLocalMachine, "Software\\Tessaron\\VSP", &vsp), kErrorSuccess);
+  ASSERT_EQ(reg->EnumKey(vsp, 0, &name), kErrorSuccess);
+  EXPECT_EQ(name, "COM3");
+}
+
+TEST_F(SqliteHiveTest, TheFileIsAnSqliteDatabaseInWalMode) {
+  auto reg = OpenSqliteHive(Hive());
+  ASSERT_EQ(SetText(*reg, "Software", "A", "1"), kErrorSuccess);
+  sqlite3* db = nullptr;
+  ASSERT_EQ(sqlite3_open_v2(Hive().c_str(), &db, SQLITE_OPEN_READONLY, nullptr), SQLITE_OK);
+  std::string mode;
+  sqlite3_exec(
+      db, "PRAGMA journal_mode",
+      [](void* out, int, char** values, char**) {
+        *static_cast<std::string*>(out) = values[0];
+        return 0;
+      },
+      &mode, nullptr);
+  sqlite3_close(db);
+  EXPECT_EQ(mode, "wal");
+}
+
+TEST_F(SqliteHiveTest, TwoInstancesSeeEachOthersWrites) {
+  auto panel = OpenSqliteHive(Hive());
+  auto daemon = OpenSqliteHive(Hive());
+  ASSERT_EQ(SetText(*daemon, "HARDWARE\\DEVICEMAP\\SERIALCOMM", "\\Device\\TesSerial0", "COM5"),
+            kErrorSuccess);
+  EXPECT_EQ(GetText(*panel, "HARDWARE\\DEVICEMAP\\SERIALCOMM", "\\Device\\TesSerial0"), "COM5");
+  ASSERT_EQ(SetText(*panel, "HARDWARE\\DEVICEMAP\\SERIALCOMM", "\\Device\\TesSerial0", "COM6"),
+            kErrorSuccess);
+  ASSERT_EQ(SetText(*daemon, "HARDWARE\\DEVICEMAP\\SERIALCOMM", "\\Device\\TesSerial1", "COM7"),
+            kErrorSuccess);
+  EXPECT_EQ(GetText(*daemon, "HARDWARE\\DEVICEMAP\\SERIALCOMM", "\\Device\\TesSerial0"), "COM6");
+  EXPECT_EQ(GetText(*panel, "HARDWARE\\DEVICEMAP\\SERIALCOMM", "\\Device\\TesSerial1"), "COM7");
+
+  // A key that the other instance deletes under an open handle: uses fail, nothing breaks.
+  HKey map = 0;
+  ASSERT_EQ(panel->OpenKey(kHKeyLocalMachine, "HARDWARE\\DEVICEMAP\\SERIALCOMM", &map),
+            kErrorSuccess);
+  ASSERT_EQ(daemon->DeleteTree(kHKeyLocalMachine, "HARDWARE\\DEVICEMAP"), kErrorSuccess);
+  EXPECT_NE(panel->SetValueEx(map, "X", kRegNone, nullptr, 0), kErrorSuccess);
+  HKey sub = 0;
+  EXPECT_NE(panel->OpenKey(map, "", &sub), kErrorSuccess);
+  EXPECT_EQ(panel->CloseKey(map), kErrorSuccess);
+  EXPECT_EQ(GetText(*panel, "HARDWARE\\DEVICEMAP\\SERIALCOMM", "\\Device\\TesSerial1"), "#2");
+  // And the panel's own creation works on after that.
+  EXPECT_EQ(SetText(*panel, "HARDWARE\\DEVICEMAP\\SERIALCOMM", "\\Device\\TesSerial2", "COM8"),
+            kErrorSuccess);
+  EXPECT_EQ(GetText(*daemon, "HARDWARE\\DEVICEMAP\\SERIALCOMM", "\\Device\\TesSerial2"), "COM8");
+}
+
+TEST_F(SqliteHiveTest, ReadsOfAMissingFileFailAndCreateNothing) {
+  const std::string hive = dir_.File("not/yet/hive.db");
+  auto reg = OpenSqliteHive(hive);
+  HKey key = 7;
+  EXPECT_EQ(reg->OpenKeyEx(kHKeyLocalMachine, "HARDWARE\\DEVICEMAP", 0, kKeyRead, &key),
+            kErrorFileNotFound);
+  EXPECT_EQ(key, 0u);
+  std::uint32_t length = 0;
+  EXPECT_EQ(reg->QueryValueEx(kHKeyLocalMachine, "X", nullptr, nullptr, &length),
+            kErrorFileNotFound);
+  std::string name;
+  EXPECT_EQ(reg->EnumKey(kHKeyLocalMachine, 0, &name), kErrorNoMoreItems);
+  EXPECT_EQ(reg->DeleteTree(kHKeyLocalMachine, "Software"), kErrorFileNotFound);
+  EXPECT_FALSE(fs::exists(dir_.File("not")));
+  // The first create makes the directories and the file.
+  EXPECT_EQ(SetText(*reg, "Software", "A", "1"), kErrorSuccess);
+  EXPECT_TRUE(fs::exists(hive));
+  EXPECT_EQ(GetText(*reg, "Software", "A"), "1");
+}
+
+TEST_F(SqliteHiveTest, AnEmptyFileIsAnEmptyHive) {
+  std::ofstream(Hive()).close();
+  auto reg = OpenSqliteHive(Hive());
+  EXPECT_EQ(GetText(*reg, "Software", "A"), "#2");
+  EXPECT_EQ(SetText(*reg, "Software", "A", "1"), kErrorSuccess);
+  EXPECT_EQ(GetText(*OpenSqliteHive(Hive()), "Software", "A"), "1");
+}
+
+TEST_F(SqliteHiveTest, AFileThatIsNoHiveFailsEveryCallAndStaysAsItWas) {
+  struct BadFile {
+    const char* what;
+    std::string contents;
+  };
+  std::string garbage(8192, '\x5A');
+  std::string cut_header = "SQLite format 3";
+  cut_header.push_back('\0');
+  cut_header += std::string(200, '\xFF');
+  const BadFile files[] = {
+      {"text", "tessaronconfigfile\r\n1\r\n"}, {"garbage", garbage}, {"broken header", cut_header}};
+  for (const auto& file : files) {
+    SCOPED_TRACE(file.what);
+    std::ofstream(Hive(), std::ios::binary | std::ios::trunc) << file.contents;
+    auto reg = OpenSqliteHive(Hive());
+    HKey key = 5;
+    EXPECT_EQ(reg->OpenKeyEx(kHKeyLocalMachine, "Software", 0, kKeyRead, &key), kErrorBadDb);
+    EXPECT_EQ(key, 0u);
+    EXPECT_NE(reg->CreateKeyEx(kHKeyLocalMachine, "Software", 0, kKeyWrite, &key, nullptr),
+              kErrorSuccess);
+    EXPECT_EQ(key, 0u);
+    EXPECT_NE(reg->SetValueEx(kHKeyLocalMachine, "A", 0, nullptr, 0), kErrorSuccess);
+    EXPECT_EQ(ReadFile(Hive()), file.contents);
+  }
+}
+
+TEST_F(SqliteHiveTest, SomeoneElsesDatabaseIsNoHive) {
+  sqlite3* db = nullptr;
+  ASSERT_EQ(sqlite3_open(Hive().c_str(), &db), SQLITE_OK);
+  ASSERT_EQ(
+      sqlite3_exec(db, "CREATE TABLE t(x); INSERT INTO t VALUES (1)", nullptr, nullptr, nullptr),
+      SQLITE_OK);
+  sqlite3_close(db);
+  auto reg = OpenSqliteHive(Hive());
+  HKey key = 0;
+  EXPECT_EQ(reg->CreateKeyEx(kHKeyLocalMachine, "Software", 0, kKeyWrite, &key, nullptr),
+            kErrorBadDb);
+  EXPECT_EQ(reg->OpenKey(kHKeyLocalMachine, "Software", &key), kErrorBadDb);
+}
+
+TEST_F(SqliteHiveTest, ADirectoryThatCannotBeMadeFailsTheCreate) {
+  std::ofstream(dir_.File("plain-file")) << "x";
+  const std::string paths[] = {dir_.File("plain-file/ketra/hive.db"),
+                               "/proc/ketra-cannot-be-here/hive.db", dir_.path()};
+  for (const std::string& path : paths) {
+    auto reg = OpenSqliteHive(path);
+    HKey key = 3;
+    EXPECT_NE(reg->CreateKeyEx(kHKeyLocalMachine, "Software", 0, kKeyWrite, &key, nullptr),
+              kErrorSuccess)
+        << path;
+    EXPECT_EQ(key, 0u);
+    EXPECT_NE(reg->SetValueEx(kHKeyLocalMachine, "A", 0, nullptr, 0), kErrorSuccess);
+  }
+}
+
+// Runs `body` in a child process as an unprivileged user, so that file modes bind even when the
+// tests run as root. The child's exit status is the number of failed checks.
+int RunUnprivileged(const std::function<int()>& body) {
+  pid_t pid = fork();
+  if (pid == 0) {
+    if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) _exit(100);
+    _exit(body());
+  }
+  int status = 0;
+  waitpid(pid, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 200;
+}
+
+TEST_F(SqliteHiveTest, AReadOnlyFileRefusesCreatesAndWrites) {
+  {
+    auto reg = OpenSqliteHive(Hive());
+    ASSERT_EQ(SetText(*reg, "Software\\Tessaron\\VSP\\COM3", "XON", "66"), kErrorSuccess);
+  }
+  const std::string before = ReadFile(Hive());
+  ASSERT_EQ(chmod(dir_.path().c_str(), 0755), 0);
+  ASSERT_EQ(chmod(Hive().c_str(), 0444), 0);
+  const std::string hive = Hive();
+  const int failures = RunUnprivileged([&] {
+    int failed = 0;
+    auto reg = OpenSqliteHive(hive);
+    HKey key = 1;
+    if (reg->CreateKeyEx(kHKeyLocalMachine, "Software\\Tessaron\\VSP\\COM3", 0, kKeyWrite, &key,
+                         nullptr) == kErrorSuccess) {
+      ++failed;
+    }
+    if (key != 0) ++failed;
+    if (reg->CreateKeyEx(kHKeyLocalMachine, "Software\\New", 0, kKeyWrite, &key, nullptr) ==
+        kErrorSuccess) {
+      ++failed;
+    }
+    if (SetText(*reg, "Software", "A", "1") == kErrorSuccess) ++failed;
+    return failed;
+  });
+  EXPECT_EQ(failures, 0);
+  EXPECT_EQ(ReadFile(Hive()), before);
+}
+
+TEST_F(SqliteHiveTest, EveryCompletedWriteSurvivesKill9) {
+  int fds[2];
+  ASSERT_EQ(pipe(fds), 0);
+  const std::string hive = Hive();
+  pid_t pid = fork();
+  if (pid == 0) {
+    close(fds[0]);
+    auto reg = OpenSqliteHive(hive);
+    for (int i = 0;; ++i) {
+      const std::string key = "Software\\Tessaron\\VSP\\COM" + std::to_string(i % 50);
+      if (SetText(*reg, key, "V" + std::to_string(i), std::to_string(i * 7)) != kErrorSuccess) {
+        _exit(1);
+      }
+      // Reported only once the call has returned.
+      if (write(fds[1], &i, sizeof i) != sizeof i) _exit(2);
+    }
+  }
+  close(fds[1]);
+  int reported = -1;
+  int value = 0;
+  while (reported < 300 && read(fds[0], &value, sizeof value) == sizeof value) reported = value;
+  kill(pid, SIGKILL);
+  int status = 0;
+  waitpid(pid, &status, 0);
+  EXPECT_TRUE(WIFSIGNALED(status));
+  // Drain what the child reported before it died.
+  while (read(fds[0], &value, sizeof value) == sizeof value) reported = value;
+  close(fds[0]);
+  ASSERT_GE(reported, 300);
+
+  auto reg = OpenSqliteHive(hive);
+  int missing = 0;
+  for (int i = 0; i <= reported; ++i) {
+    const std::string key = "Software\\Tessaron\\VSP\\COM" + std::to_string(i % 50);
+    if (GetText(*reg, key, "V" + std::to_string(i)) != std::to_string(i * 7)) ++missing;
+  }
+  EXPECT_EQ(missing, 0) << "of " << reported + 1;
+  EXPECT_EQ(SetText(*reg, "Software", "After", "1"), kErrorSuccess);
+}
+
+}  // namespace
+}  // namespace ketra::registry
