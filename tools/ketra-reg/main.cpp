@@ -1,0 +1,89 @@
+// ketra-reg: reads and writes the hive file in the REGEDIT4 text form.
+//   ketra-reg [--hive PATH] export [KEY]
+//   ketra-reg [--hive PATH] import FILE|-
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <sstream>
+#include <string>
+
+#include "platform/registry/hive_location.h"
+#include "platform/registry/sqlite_hive.h"
+#include "tools/ketra-reg/reg_text.h"
+
+namespace {
+
+using ketra::registry::Status;
+
+int Export(ketra::registry::Registry& reg, const std::string& key) {
+  std::string text;
+  const Status status = ketra::regtext::ExportText(reg, key, &text);
+  if (status == ketra::registry::kErrorFileNotFound) {
+    std::cerr << "ketra-reg: no such key: " << key << '\n';
+    return 1;
+  }
+  if (status == ketra::registry::kErrorInvalidParameter) {
+    std::cerr << "ketra-reg: not a key path under HKEY_LOCAL_MACHINE: " << key << '\n';
+    return 1;
+  }
+  if (status != ketra::registry::kErrorSuccess) {
+    std::cerr << "ketra-reg: the hive cannot be read (status " << status << ")\n";
+    return 1;
+  }
+  std::cout << text;
+  std::cout.flush();
+  return std::cout ? 0 : 1;
+}
+
+int Import(ketra::registry::Registry& reg, const std::string& file) {
+  std::string text;
+  if (file == "-") {
+    text.assign(std::istreambuf_iterator<char>(std::cin), {});
+  } else {
+    std::ifstream in(file, std::ios::binary);
+    if (!in) {
+      std::cerr << "ketra-reg: cannot read " << file << '\n';
+      return 1;
+    }
+    text.assign(std::istreambuf_iterator<char>(in), {});
+  }
+  std::vector<ketra::regtext::RegChange> changes;
+  ketra::regtext::ParseError error;
+  if (!ketra::regtext::ParseText(text, &changes, &error)) {
+    std::cerr << (file == "-" ? "<stdin>" : file) << ':' << error.line << ": " << error.message
+              << '\n';
+    return 1;
+  }
+  std::string message;
+  if (ketra::regtext::ApplyChanges(reg, changes, &message) != ketra::registry::kErrorSuccess) {
+    std::cerr << "ketra-reg: " << message << "; nothing was imported\n";
+    return 1;
+  }
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app{"Reads and writes the Ketra hive file in the REGEDIT4 text form."};
+  app.fallthrough();
+  std::string hive = ketra::registry::DefaultHivePath();
+  app.add_option("--hive", hive, "the hive file (default: $KETRA_HIVE or the state directory)");
+  std::string key;
+  CLI::App* export_command =
+      app.add_subcommand("export", "print KEY (default: the whole hive) and every key below it");
+  export_command->add_option("KEY", key, "e.g. HKEY_LOCAL_MACHINE\\Software\\Tessaron\\VSP");
+  std::string file;
+  CLI::App* import_command =
+      app.add_subcommand("import", "apply a REGEDIT4 file, all of it or nothing");
+  import_command->add_option("FILE", file, "the file, or - for standard input")->required();
+  app.require_subcommand(1);
+  CLI11_PARSE(app, argc, argv);
+
+  auto reg = ketra::registry::OpenSqliteHive(hive);
+  if (*export_command) return Export(*reg, key);
+  return Import(*reg, file);
+}

@@ -1,0 +1,451 @@
+#include "tools/ketra-reg/reg_text.h"
+
+#include <cstdio>
+
+#include "platform/registry/registry_batch.h"
+#include "platform/runtime/codepage.h"
+
+namespace ketra::regtext {
+namespace {
+
+using registry::HKey;
+using registry::kErrorSuccess;
+using registry::kHKeyLocalMachine;
+using registry::Registry;
+using registry::Status;
+
+constexpr std::string_view kRootName = "HKEY_LOCAL_MACHINE";
+constexpr std::string_view kRootShortName = "HKLM";
+
+char Upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+
+bool EqualsNoCase(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    if (Upper(a[i]) != Upper(b[i])) return false;
+  }
+  return true;
+}
+
+bool IsBlank(char c) { return c == ' ' || c == '\t'; }
+
+std::string_view TrimBlanks(std::string_view s) {
+  while (!s.empty() && IsBlank(s.front())) s.remove_prefix(1);
+  while (!s.empty() && IsBlank(s.back())) s.remove_suffix(1);
+  return s;
+}
+
+int HexValue(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  return -1;
+}
+
+std::string Quote(std::string_view ansi) {
+  std::string escaped;
+  for (char c : ansi) {
+    if (c == '\\' || c == '"') escaped += '\\';
+    escaped += c;
+  }
+  return '"' + runtime::AnsiToUtf8(escaped) + '"';
+}
+
+std::string ValueLine(const std::string& name, std::uint32_t type,
+                      const std::vector<std::uint8_t>& data) {
+  std::string line = name.empty() ? "@" : Quote(name);
+  line += '=';
+  bool text = type == registry::kRegSz && !data.empty() && data.back() == 0;
+  for (std::size_t i = 0; text && i + 1 < data.size(); ++i) text = data[i] != 0;
+  if (text) {
+    line += Quote(std::string_view(reinterpret_cast<const char*>(data.data()), data.size() - 1));
+    return line;
+  }
+  char buffer[16];
+  std::snprintf(buffer, sizeof buffer, "hex(%x):", type);
+  line += buffer;
+  for (std::size_t i = 0; i < data.size(); ++i) {
+    std::snprintf(buffer, sizeof buffer, i == 0 ? "%02x" : ",%02x", data[i]);
+    line += buffer;
+  }
+  return line;
+}
+
+Status ExportKey(Registry& reg, HKey key, const std::string& path, std::string* text) {
+  *text += "\n[" + runtime::AnsiToUtf8(path) + "]\n";
+  std::string name;
+  std::uint32_t type = 0;
+  std::vector<std::uint8_t> data;
+  Status status = kErrorSuccess;
+  std::uint32_t index = 0;
+  while ((status = reg.EnumValue(key, index++, &name, &type, &data)) == kErrorSuccess) {
+    *text += ValueLine(name, type, data) + '\n';
+  }
+  if (status != registry::kErrorNoMoreItems) return status;
+  std::vector<std::string> subkeys;
+  index = 0;
+  while ((status = reg.EnumKey(key, index++, &name)) == kErrorSuccess) subkeys.push_back(name);
+  if (status != registry::kErrorNoMoreItems) return status;
+  for (const std::string& subkey : subkeys) {
+    HKey child = 0;
+    status = reg.OpenKeyEx(key, subkey, 0, registry::kKeyRead, &child);
+    if (status != kErrorSuccess) return status;
+    status = ExportKey(reg, child, path + '\\' + subkey, text);
+    reg.CloseKey(child);
+    if (status != kErrorSuccess) return status;
+  }
+  return kErrorSuccess;
+}
+
+// Physical lines joined into statements. In a value line, a line that ends in a backslash
+// outside quotes goes on in the next line (its leading blanks dropped), and a line end inside
+// quotes belongs to the text. Key lines and comments are one line each.
+struct Statement {
+  int line = 0;
+  std::string text;
+};
+
+std::vector<Statement> JoinLines(std::string_view file) {
+  std::vector<Statement> statements;
+  Statement current;
+  bool open = false;      // a value line is being continued
+  bool in_quote = false;  // inside a quoted text at the end of the last line
+  int line_number = 0;
+  std::size_t pos = 0;
+  while (pos < file.size()) {
+    std::size_t end = file.find('\n', pos);
+    std::string_view line = file.substr(pos, end == std::string_view::npos ? end : end - pos);
+    pos = end == std::string_view::npos ? file.size() : end + 1;
+    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+    ++line_number;
+    if (!open) {
+      current = Statement{line_number, {}};
+      std::string_view first = TrimBlanks(line);
+      if (first.empty() || (first.front() != '"' && first.front() != '@')) {
+        current.text = line;
+        statements.push_back(std::move(current));
+        continue;
+      }
+    } else if (in_quote) {
+      current.text += '\n';
+    } else {
+      while (!line.empty() && IsBlank(line.front())) line.remove_prefix(1);
+    }
+    bool escaped = false;
+    for (char c : line) {
+      if (!in_quote) {
+        in_quote = c == '"';
+      } else if (escaped) {
+        escaped = false;
+      } else if (c == '\\') {
+        escaped = true;
+      } else if (c == '"') {
+        in_quote = false;
+      }
+    }
+    open = in_quote;
+    if (!in_quote) {
+      std::string_view trimmed = line;
+      while (!trimmed.empty() && IsBlank(trimmed.back())) trimmed.remove_suffix(1);
+      if (!trimmed.empty() && trimmed.back() == '\\') {
+        line = trimmed.substr(0, trimmed.size() - 1);
+        open = true;
+      }
+    }
+    current.text += line;
+    if (!open) statements.push_back(std::move(current));
+  }
+  if (open) statements.push_back(std::move(current));
+  return statements;
+}
+
+// Reads a quoted text at the start of `s`; `s` moves past it.
+bool ReadQuoted(std::string_view* s, std::string* text, std::string* problem) {
+  if (s->empty() || s->front() != '"') {
+    *problem = "a quoted text was expected";
+    return false;
+  }
+  std::string utf8;
+  std::size_t i = 1;
+  for (; i < s->size(); ++i) {
+    char c = (*s)[i];
+    if (c == '"') break;
+    if (c == '\\') {
+      if (i + 1 >= s->size() || ((*s)[i + 1] != '\\' && (*s)[i + 1] != '"')) {
+        *problem = "only \\\\ and \\\" may follow a backslash in a quoted text";
+        return false;
+      }
+      c = (*s)[++i];
+    }
+    utf8 += c;
+  }
+  if (i >= s->size()) {
+    *problem = "the quoted text has no closing quote";
+    return false;
+  }
+  s->remove_prefix(i + 1);
+  *text = runtime::Utf8ToAnsi(utf8);
+  return true;
+}
+
+bool ReadHexBytes(std::string_view s, std::vector<std::uint8_t>* data, std::string* problem) {
+  data->clear();
+  s = TrimBlanks(s);
+  if (s.empty()) return true;
+  std::size_t pos = 0;
+  for (;;) {
+    std::size_t comma = s.find(',', pos);
+    std::string_view item =
+        TrimBlanks(s.substr(pos, comma == std::string_view::npos ? comma : comma - pos));
+    if (item.empty() || item.size() > 2 || HexValue(item[0]) < 0 ||
+        (item.size() == 2 && HexValue(item[1]) < 0)) {
+      *problem = "bad byte \"" + std::string(item) + "\" in a hex list";
+      return false;
+    }
+    int value = HexValue(item[0]);
+    if (item.size() == 2) value = value * 16 + HexValue(item[1]);
+    data->push_back(static_cast<std::uint8_t>(value));
+    if (comma == std::string_view::npos) return true;
+    pos = comma + 1;
+  }
+}
+
+bool StartsWithNoCase(std::string_view s, std::string_view prefix) {
+  return s.size() >= prefix.size() && EqualsNoCase(s.substr(0, prefix.size()), prefix);
+}
+
+bool ParseData(std::string_view s, RegChange* change, std::string* problem) {
+  s = TrimBlanks(s);
+  if (s == "-") {
+    change->kind = RegChange::Kind::kDeleteValue;
+    return true;
+  }
+  change->kind = RegChange::Kind::kSetValue;
+  if (!s.empty() && s.front() == '"') {
+    std::string text;
+    if (!ReadQuoted(&s, &text, problem)) return false;
+    if (!TrimBlanks(s).empty()) {
+      *problem = "unexpected text after the quoted value";
+      return false;
+    }
+    change->type = registry::kRegSz;
+    change->data.assign(text.begin(), text.end());
+    change->data.push_back(0);
+    return true;
+  }
+  if (StartsWithNoCase(s, "dword:")) {
+    std::string_view digits = s.substr(6);
+    if (digits.empty() || digits.size() > 8) {
+      *problem = "a dword needs 1 to 8 hexadecimal digits";
+      return false;
+    }
+    std::uint32_t value = 0;
+    for (char c : digits) {
+      if (HexValue(c) < 0) {
+        *problem = "a dword needs 1 to 8 hexadecimal digits";
+        return false;
+      }
+      value = value * 16 + static_cast<std::uint32_t>(HexValue(c));
+    }
+    change->type = registry::kRegDword;
+    change->data = {static_cast<std::uint8_t>(value), static_cast<std::uint8_t>(value >> 8),
+                    static_cast<std::uint8_t>(value >> 16), static_cast<std::uint8_t>(value >> 24)};
+    return true;
+  }
+  if (StartsWithNoCase(s, "hex:")) {
+    change->type = registry::kRegBinary;
+    return ReadHexBytes(s.substr(4), &change->data, problem);
+  }
+  if (StartsWithNoCase(s, "hex(")) {
+    std::size_t close = s.find("):");
+    std::string_view digits = close == std::string_view::npos ? "" : s.substr(4, close - 4);
+    std::uint32_t type = 0;
+    bool good = !digits.empty() && digits.size() <= 8;
+    for (char c : digits) {
+      good = good && HexValue(c) >= 0;
+      if (good) type = type * 16 + static_cast<std::uint32_t>(HexValue(c));
+    }
+    if (!good) {
+      *problem = "hex(T): needs a type T of 1 to 8 hexadecimal digits";
+      return false;
+    }
+    change->type = type;
+    return ReadHexBytes(s.substr(close + 2), &change->data, problem);
+  }
+  *problem = "the value is none of \"TEXT\", dword:, hex:, hex(T): or -";
+  return false;
+}
+
+}  // namespace
+
+bool RelativeKeyPath(std::string_view full_path, std::string* relative) {
+  std::string_view rest;
+  for (std::string_view root : {kRootName, kRootShortName}) {
+    if (StartsWithNoCase(full_path, root) &&
+        (full_path.size() == root.size() || full_path[root.size()] == '\\')) {
+      rest = full_path.substr(root.size());
+      if (!rest.empty()) rest.remove_prefix(1);
+      if (full_path.size() > root.size() && rest.empty()) return false;
+      *relative = runtime::Utf8ToAnsi(rest);
+      if (!relative->empty() && relative->front() == '\\') return false;
+      for (std::size_t i = 0; i < relative->size(); ++i) {
+        if ((*relative)[i] == '\\' && (i + 1 == relative->size() || (*relative)[i + 1] == '\\')) {
+          return false;
+        }
+      }
+      return true;
+    }
+  }
+  return false;
+}
+
+Status ExportText(Registry& reg, std::string_view full_path, std::string* text) {
+  std::string relative;
+  if (!full_path.empty() && !RelativeKeyPath(full_path, &relative)) {
+    return registry::kErrorInvalidParameter;
+  }
+  // The header shows each key in the case it was made in, whatever case the caller typed.
+  std::string shown(kRootName);
+  HKey key = kHKeyLocalMachine;
+  std::size_t start = 0;
+  while (start < relative.size()) {
+    std::size_t end = relative.find('\\', start);
+    if (end == std::string::npos) end = relative.size();
+    const std::string part = relative.substr(start, end - start);
+    std::string name;
+    std::string found;
+    for (std::uint32_t i = 0; reg.EnumKey(key, i, &name) == kErrorSuccess; ++i) {
+      if (EqualsNoCase(name, part)) found = name;
+    }
+    HKey child = 0;
+    Status status = reg.OpenKeyEx(key, part, 0, registry::kKeyRead, &child);
+    if (key != kHKeyLocalMachine) reg.CloseKey(key);
+    if (status != kErrorSuccess) return status;
+    key = child;
+    shown += '\\' + (found.empty() ? part : found);
+    start = end + 1;
+  }
+  std::string out = "REGEDIT4\n";
+  Status status = ExportKey(reg, key, shown, &out);
+  if (key != kHKeyLocalMachine) reg.CloseKey(key);
+  if (status != kErrorSuccess) return status;
+  *text = std::move(out);
+  return kErrorSuccess;
+}
+
+bool ParseText(std::string_view text, std::vector<RegChange>* changes, ParseError* error) {
+  changes->clear();
+  if (text.substr(0, 3) == "\xEF\xBB\xBF") text.remove_prefix(3);
+  bool header_seen = false;
+  bool in_key = false;  // values may follow
+  std::string key;
+  for (const Statement& statement : JoinLines(text)) {
+    std::string_view s = TrimBlanks(statement.text);
+    auto fail = [&](std::string message) {
+      error->line = statement.line;
+      error->message = std::move(message);
+      return false;
+    };
+    if (s.empty()) continue;
+    if (!header_seen) {
+      if (s != "REGEDIT4") return fail("the file must begin with the line REGEDIT4");
+      header_seen = true;
+      continue;
+    }
+    if (s.front() == ';') continue;
+    if (s.front() == '[') {
+      if (s.back() != ']') return fail("a key line must end with ]");
+      std::string_view path = s.substr(1, s.size() - 2);
+      const bool remove = !path.empty() && path.front() == '-';
+      if (remove) path.remove_prefix(1);
+      if (!RelativeKeyPath(path, &key)) {
+        return fail("the key path must start with HKEY_LOCAL_MACHINE and have no empty part");
+      }
+      RegChange change;
+      change.kind = remove ? RegChange::Kind::kDeleteKey : RegChange::Kind::kOpenKey;
+      change.line = statement.line;
+      change.key = key;
+      changes->push_back(std::move(change));
+      in_key = !remove;
+      continue;
+    }
+    if (s.front() != '"' && s.front() != '@') {
+      return fail("a line must be a key in [ ], a value, a comment or empty");
+    }
+    if (!in_key) return fail("a value must follow a key line");
+    RegChange change;
+    change.line = statement.line;
+    change.key = key;
+    std::string problem;
+    if (s.front() == '@') {
+      s.remove_prefix(1);
+    } else if (!ReadQuoted(&s, &change.name, &problem)) {
+      return fail(problem);
+    }
+    s = TrimBlanks(s);
+    if (s.empty() || s.front() != '=') return fail("= must follow the value's name");
+    s.remove_prefix(1);
+    if (!ParseData(s, &change, &problem)) return fail(problem);
+    changes->push_back(std::move(change));
+  }
+  if (!header_seen) {
+    error->line = 1;
+    error->message = "the file must begin with the line REGEDIT4";
+    return false;
+  }
+  return true;
+}
+
+Status ApplyChanges(Registry& reg, const std::vector<RegChange>& changes, std::string* message) {
+  auto* batch = dynamic_cast<registry::BatchWriter*>(&reg);
+  if (batch != nullptr) {
+    Status status = batch->BeginBatch();
+    if (status != kErrorSuccess) {
+      *message = "the hive cannot be written (status " + std::to_string(status) + ")";
+      return status;
+    }
+  }
+  HKey key = 0;
+  Status status = kErrorSuccess;
+  const RegChange* failed = nullptr;
+  for (const RegChange& change : changes) {
+    switch (change.kind) {
+      case RegChange::Kind::kOpenKey:
+        if (key != 0) reg.CloseKey(key);
+        key = 0;
+        status =
+            reg.CreateKeyEx(kHKeyLocalMachine, change.key, 0, registry::kKeyWrite, &key, nullptr);
+        break;
+      case RegChange::Kind::kDeleteKey:
+        if (key != 0) reg.CloseKey(key);
+        key = 0;
+        status = reg.DeleteTree(kHKeyLocalMachine, change.key);
+        if (status == registry::kErrorFileNotFound) status = kErrorSuccess;
+        break;
+      case RegChange::Kind::kSetValue:
+        status = reg.SetValueEx(key, change.name, change.type, change.data.data(),
+                                static_cast<std::uint32_t>(change.data.size()));
+        break;
+      case RegChange::Kind::kDeleteValue:
+        status = reg.DeleteValue(key, change.name);
+        if (status == registry::kErrorFileNotFound) status = kErrorSuccess;
+        break;
+    }
+    if (status != kErrorSuccess) {
+      failed = &change;
+      break;
+    }
+  }
+  if (key != 0) reg.CloseKey(key);
+  if (failed == nullptr && batch != nullptr) status = batch->CommitBatch();
+  if (status != kErrorSuccess) {
+    if (batch != nullptr && failed != nullptr) batch->AbortBatch();
+    *message = failed == nullptr
+                   ? "the changes could not be committed (status " + std::to_string(status) + ")"
+                   : "line " + std::to_string(failed->line) + ": the change failed (status " +
+                         std::to_string(status) + ")";
+  }
+  return status;
+}
+
+}  // namespace ketra::regtext
