@@ -1,0 +1,147 @@
+// Start-up of the window: the time from starting the process to its first frame shown, and its
+// peak resident size, for `ketra` on a machine with 101 ports and for a minimal Qt window that
+// shows one empty form, in the same run. Each repetition starts one process; run with
+// --benchmark_repetitions and compare the medians (bench/window/run.sh does, and states the
+// goals: at most 1.2 times the minimal window's time, at most its peak size plus 10 MB).
+//
+// Needs a display (DISPLAY, or QT_QPA_PLATFORM=offscreen).
+#include <benchmark/benchmark.h>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "platform/registry/sqlite_hive.h"
+#include "window/first_frame.h"
+
+extern char** environ;
+
+namespace {
+
+constexpr int kPorts = 101;
+
+struct Started {
+  bool ok = false;
+  std::int64_t first_frame_ns = 0;
+  long peak_rss_kb = 0;
+};
+
+// Starts `argv`, reads its "first-frame NS" line and waits for it to end.
+Started Run(const std::vector<std::string>& args) {
+  int out[2];
+  if (pipe(out) != 0) return {};
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
+  posix_spawn_file_actions_addclose(&actions, out[0]);
+  std::vector<char*> argv;
+  for (const std::string& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
+  argv.push_back(nullptr);
+  pid_t pid = 0;
+  const int spawned = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  close(out[1]);
+  Started started;
+  if (spawned != 0) {
+    close(out[0]);
+    return started;
+  }
+  std::string text;
+  char buffer[256];
+  for (ssize_t got; (got = read(out[0], buffer, sizeof buffer)) > 0;) text.append(buffer, got);
+  close(out[0]);
+  int status = 0;
+  rusage usage{};
+  wait4(pid, &status, 0, &usage);
+  long long stamp = 0;
+  const size_t at = text.find("first-frame ");
+  if (at != std::string::npos && std::sscanf(text.c_str() + at, "first-frame %lld", &stamp) == 1 &&
+      WIFEXITED(status) && WEXITSTATUS(status) == 0) {
+    started = {true, stamp, usage.ru_maxrss};
+  }
+  return started;
+}
+
+// A hive whose serial device map names 101 ports, already through one start of the panel.
+const std::string& HivePath() {
+  static const std::string path = [] {
+    const std::filesystem::path dir =
+        std::filesystem::temp_directory_path() / ("ketra-window-bench-" + std::to_string(getpid()));
+    std::filesystem::create_directories(dir);
+    const std::string hive_path = (dir / "hive.db").string();
+    const auto hive = ketra::registry::OpenSqliteHive(hive_path);
+    ketra::registry::HKey key = 0;
+    std::uint32_t disposition = 0;
+    hive->CreateKeyEx(ketra::registry::kHKeyLocalMachine, "HARDWARE\\DEVICEMAP\\SERIALCOMM", 0,
+                      ketra::registry::kKeyWrite, &key, &disposition);
+    for (int device = 0; device < kPorts; ++device) {
+      const std::string name = "\\Device\\TesSerial" + std::to_string(device);
+      const std::string data = "COM" + std::to_string(3 + device) + std::string(1, '\0');
+      hive->SetValueEx(key, name, ketra::registry::kRegSz,
+                       reinterpret_cast<const std::uint8_t*>(data.data()),
+                       static_cast<std::uint32_t>(data.size()));
+    }
+    hive->CloseKey(key);
+    return hive_path;
+  }();
+  return path;
+}
+
+void Measure(benchmark::State& state, const std::vector<std::string>& args) {
+  if (!std::getenv("DISPLAY") && !std::getenv("WAYLAND_DISPLAY") &&
+      !std::getenv("QT_QPA_PLATFORM")) {
+    state.SkipWithError("no display: run under xvfb-run or with QT_QPA_PLATFORM=offscreen");
+    return;
+  }
+  long peak_kb = 0;
+  for (auto _ : state) {
+    const std::int64_t start = ketra::window::MonotonicNanoseconds();
+    const Started started = Run(args);
+    if (!started.ok) {
+      state.SkipWithError("the program did not report its first frame");
+      return;
+    }
+    state.SetIterationTime(static_cast<double>(started.first_frame_ns - start) / 1e9);
+    peak_kb = std::max(peak_kb, started.peak_rss_kb);
+  }
+  state.counters["peak_rss_MB"] = static_cast<double>(peak_kb) / 1024.0;
+}
+
+void BM_KetraWith101Ports(benchmark::State& state) {
+  Measure(state, {KETRA_BINARY, "--hive", HivePath(), "--socket", HivePath() + ".no-daemon",
+                  "--exit-after-first-frame"});
+}
+
+void BM_MinimalWindow(benchmark::State& state) {
+  Measure(state, {MINIMAL_WINDOW_BINARY, "--exit-after-first-frame"});
+}
+
+// The first start writes the defaults of all ports; the measured starts are later runs.
+void WarmUp() {
+  if (std::getenv("DISPLAY") || std::getenv("WAYLAND_DISPLAY") || std::getenv("QT_QPA_PLATFORM")) {
+    Run({KETRA_BINARY, "--hive", HivePath(), "--socket", HivePath() + ".no-daemon",
+         "--exit-after-first-frame"});
+    Run({MINIMAL_WINDOW_BINARY, "--exit-after-first-frame"});
+  }
+}
+
+BENCHMARK(BM_MinimalWindow)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK(BM_KetraWith101Ports)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1);
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  WarmUp();
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  std::filesystem::remove_all(std::filesystem::path(HivePath()).parent_path());
+  return 0;
+}

@@ -1,0 +1,109 @@
+// FormView: the Qt window of a headless form. It builds one widget for each control of the form
+// at the control's geometry (twips turned into pixels by the screen's logical DPI), shows every
+// property the engine changes at once through the form's observer, and turns each user input
+// into the engine's user operation (Focus, Click, Choose, Type, Paste, Backspace, Tab, ShowPage,
+// Tick, UpClick, DownClick, Close), the same operations a scripted session performs. Qt never
+// changes a control's state on its own: the widgets only ever show what the engine holds.
+//
+// Feedback is cut both ways: while an engine change is applied to a widget, its signals are
+// blocked and the applying flag is up, so nothing applied returns as a user action; user input
+// only reaches the engine through the operations, never through a widget's changed state.
+//
+// Does not own the form; the form must outlive the view. Runs on the GUI thread only.
+#ifndef KETRA_WINDOW_FORM_VIEW_H_
+#define KETRA_WINDOW_FORM_VIEW_H_
+
+#include <QPixmap>
+#include <QWidget>
+#include <array>
+#include <functional>
+#include <string_view>
+#include <vector>
+
+#include "platform/forms/form.h"
+
+class QTimer;
+class QTabBar;
+
+namespace ketra::window {
+
+// Twips (1,440 to the inch) to pixels at `dpi` logical dots per inch.
+int TwipsToPixels(int twips, double dpi);
+
+class FormView : public QWidget {
+  Q_OBJECT
+
+ public:
+  // `dpi` of 0 takes the logical DPI of the primary screen.
+  explicit FormView(forms::Form& form, double dpi = 0, QWidget* parent = nullptr);
+  ~FormView() override;
+
+  // The widget that stands for a control; nullptr for the form itself and for timers.
+  QWidget* widget(forms::ControlId id) const;
+  QWidget* widget(std::string_view name) const { return widget(form_.Id(name)); }
+  // The timer of a timer control; nullptr for other kinds.
+  QTimer* timer(forms::ControlId id) const;
+  // The tab bar of the form's tab control; nullptr when it has none.
+  QTabBar* tab_bar() const { return tab_bar_; }
+  double dpi() const { return dpi_; }
+  bool program_ended() const { return ended_; }
+
+  // The user shows a page of the tab control, as a click on its tab does.
+  void ShowPageAsUser(int page);
+
+ signals:
+  // The program ended: the form was unloaded. The window has hidden itself.
+  void programEnded();
+  // The window's first frame has been painted.
+  void firstFrameShown();
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+  bool focusNextPrevChild(bool next) override;
+  void closeEvent(QCloseEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
+
+ private:
+  struct Entry;
+
+  int Px(int twips) const { return TwipsToPixels(twips, dpi_); }
+  QRect GeometryOf(const forms::Control& control) const;
+  void Build();
+  QWidget* Create(forms::ControlId id, QWidget* parent);
+  QWidget* ParentFor(const forms::Control& control) const;
+
+  // Runs one user operation: catches the end of the program and failures, then shows the
+  // engine's state again over whatever Qt changed on its own, and runs ticks that came while a
+  // message box was open.
+  void Perform(const std::function<void()>& operation);
+  void End();
+
+  // Engine to widget.
+  void Apply(forms::ControlId id);
+  void ApplyAll();
+  void ApplyFocus();
+  void ApplyTextBox(forms::ControlId id, const forms::Control& control, QWidget* widget);
+
+  // Widget to engine.
+  bool TextBoxKey(forms::ControlId id, QKeyEvent* key);
+  void PushSelection(forms::ControlId id);
+  void OnTimer(forms::ControlId id);
+  forms::ControlId ControlOf(QObject* object) const;
+
+  forms::Form& form_;
+  double dpi_;
+  std::vector<Entry> entries_;  // by ControlId
+  QTabBar* tab_bar_ = nullptr;
+  forms::ControlId tab_control_ = forms::kNoControl;
+  forms::ControlId shown_focus_ = forms::kNoControl;
+  int depth_ = 0;          // user operations under way (a message box nests inside one)
+  bool applying_ = false;  // an engine change is being put on a widget
+  bool ended_ = false;
+  bool painted_ = false;
+  std::vector<forms::ControlId> pending_ticks_;
+  std::array<QPixmap, 4> pictures_;  // by forms::Picture
+};
+
+}  // namespace ketra::window
+
+#endif  // KETRA_WINDOW_FORM_VIEW_H_

@@ -1,0 +1,134 @@
+// ketra: the control panel's window. The program instance runs on the headless form engine with
+// the machine's hive, driver daemon and files; FormView draws it with Qt and passes the user's
+// actions back as the engine's user operations.
+//
+//   ketra [--hive PATH] [--socket PATH] [--screenshot-dir DIR] [--exit-after-first-frame]
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QStyleFactory>
+#include <QTimer>
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+
+#include "config_appl/model/program.h"
+#include "platform/device/vspd_device.h"
+#include "platform/device/vspd_socket_path.h"
+#include "platform/forms/app.h"
+#include "platform/registry/hive_location.h"
+#include "platform/registry/sqlite_hive.h"
+#include "platform/runtime/text_file.h"
+#include "window/app_icon.h"
+#include "window/first_frame.h"
+#include "window/form_view.h"
+#include "window/qt_message_boxes.h"
+
+namespace {
+
+bool HasDisplay() {
+  for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+    const char* value = std::getenv(name);
+    if (value && *value) return true;
+  }
+  return false;
+}
+
+// Shows each page of the tab control in turn, as a user would, and saves the window as
+// DIR/screenshot-<caption>.png (the caption in lower case without blanks).
+int SaveScreenshots(ketra::window::FormView& view, const ketra::forms::Form& form,
+                    const QString& directory) {
+  QDir().mkpath(directory);
+  for (ketra::forms::ControlId id = 0; id < form.size(); ++id) {
+    const ketra::forms::Control& control = form.at(id);
+    if (control.kind != ketra::forms::Kind::kTab) continue;
+    for (int page = 0; page < static_cast<int>(control.tabs.size()); ++page) {
+      view.ShowPageAsUser(page);
+      QApplication::processEvents();
+      const QString name =
+          QString::fromStdString(control.tabs[static_cast<size_t>(page)]).trimmed().toLower();
+      const QString path = QDir(directory).filePath(QStringLiteral("screenshot-%1.png").arg(name));
+      if (!view.grab().save(path, "PNG")) {
+        std::cerr << "ketra: cannot write " << path.toStdString() << '\n';
+        return 1;
+      }
+      std::cout << path.toStdString() << '\n';
+    }
+    break;
+  }
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (!HasDisplay()) {
+    std::fputs(
+        "ketra: no display found. Run it under a desktop session, or use ketra-session for a "
+        "session without a screen.\n",
+        stderr);
+    return 2;
+  }
+  QApplication app(argc, argv);
+  QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+  QApplication::setWindowIcon(ketra::window::KetraIcon());
+
+  QCommandLineParser parser;
+  parser.setApplicationDescription(QStringLiteral("The Ketra virtual serial port control panel."));
+  parser.addHelpOption();
+  const QCommandLineOption hive_option(QStringLiteral("hive"),
+                                       QStringLiteral("The hive file (default: the user's)."),
+                                       QStringLiteral("PATH"));
+  const QCommandLineOption socket_option(QStringLiteral("socket"),
+                                         QStringLiteral("The driver daemon's control socket."),
+                                         QStringLiteral("PATH"));
+  const QCommandLineOption screenshot_option(
+      QStringLiteral("screenshot-dir"),
+      QStringLiteral("Save a picture of each tab page into DIR, then end."), QStringLiteral("DIR"));
+  const QCommandLineOption first_frame_option(
+      QStringLiteral("exit-after-first-frame"),
+      QStringLiteral("Print the monotonic time of the first frame shown, then end."));
+  parser.addOptions({hive_option, socket_option, screenshot_option, first_frame_option});
+  parser.process(app);
+
+  const std::string hive = parser.isSet(hive_option) ? parser.value(hive_option).toStdString()
+                                                     : ketra::registry::DefaultHivePath();
+  const std::string socket = parser.isSet(socket_option) ? parser.value(socket_option).toStdString()
+                                                         : ketra::device::DefaultVspdSocketPath();
+
+  const std::unique_ptr<ketra::registry::Registry> registry = ketra::registry::OpenSqliteHive(hive);
+  const std::unique_ptr<ketra::device::DeviceIo> device = ketra::device::MakeVspdDevice(socket);
+  const std::unique_ptr<ketra::forms::AppServices> services = ketra::forms::MakePosixApp("", hive);
+  const std::unique_ptr<ketra::runtime::FileSystem> files = ketra::runtime::MakePosixFileSystem();
+  ketra::window::QtMessageBoxes boxes;
+  ketra::Program program({*registry, *device, *services, *files, boxes});
+
+  try {
+    program.Start();
+  } catch (const ketra::forms::ProgramEnded&) {
+    return 0;  // a second instance, or no ports: the load ended the program
+  } catch (const std::exception& error) {
+    std::cerr << "ketra: " << error.what() << '\n';
+    return 1;
+  }
+
+  ketra::window::FormView view(program.form());
+  boxes.SetParent(&view);
+  QObject::connect(&view, &ketra::window::FormView::programEnded, &app,
+                   [] { QCoreApplication::exit(0); });
+
+  if (parser.isSet(first_frame_option)) {
+    QObject::connect(&view, &ketra::window::FormView::firstFrameShown, &app, [] {
+      ketra::window::PrintFirstFrame();
+      QCoreApplication::exit(0);
+    });
+  }
+  view.show();
+  if (parser.isSet(screenshot_option)) {
+    const QString directory = parser.value(screenshot_option);
+    QTimer::singleShot(0, &app, [&view, &program, directory] {
+      QCoreApplication::exit(SaveScreenshots(view, program.form(), directory));
+    });
+  }
+  return QApplication::exec();
+}
