@@ -209,7 +209,10 @@ FormView::FormView(forms::Form& form, double dpi, QWidget* parent)
   // The window's own font, small enough for the boxes' heights of the layout; every control
   // takes it, none sets one of its own.
   QFont small = font();
-  small.setPointSizeF(8);
+  small.setFamilies({QStringLiteral("Microsoft Sans Serif"), QStringLiteral("MS Sans Serif"),
+                     QStringLiteral("Arial"), QStringLiteral("Liberation Sans"),
+                     QStringLiteral("Helvetica"), QStringLiteral("Nimbus Sans"), small.family()});
+  small.setPointSizeF(7.5);
   setFont(small);
   setFocusPolicy(Qt::NoFocus);
   Build();
