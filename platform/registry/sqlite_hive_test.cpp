@@ -125,6 +125,50 @@ TEST_F(SqliteHiveTest, TwoInstancesSeeEachOthersWrites) {
   EXPECT_EQ(GetText(*daemon, "HARDWARE\\DEVICEMAP\\SERIALCOMM", "\\Device\\TesSerial2"), "COM8");
 }
 
+// A commit of another process that falls between this instance's look at the file and its own
+// write must still be seen afterwards.
+TEST_F(SqliteHiveTest, AWriteOfTheOtherBetweenOpenAndOwnWriteIsSeen) {
+  auto panel = OpenSqliteHive(Hive());
+  auto daemon = OpenSqliteHive(Hive());
+  ASSERT_EQ(SetText(*panel, "Software\\Tessaron", "A", "1"), kErrorSuccess);
+  HKey key = 0;
+  ASSERT_EQ(
+      panel->CreateKeyEx(kHKeyLocalMachine, "Software\\Tessaron", 0, kKeyWrite, &key, nullptr),
+      kErrorSuccess);
+  ASSERT_EQ(SetText(*daemon, "Software\\Tessaron", "B", "2"), kErrorSuccess);
+  const std::uint8_t data[] = {'3', 0};
+  ASSERT_EQ(panel->SetValueEx(key, "C", kRegNone, data, 2), kErrorSuccess);
+  panel->CloseKey(key);
+  EXPECT_EQ(GetText(*panel, "Software\\Tessaron", "B"), "2");
+  EXPECT_EQ(GetText(*daemon, "Software\\Tessaron", "C"), "3");
+}
+
+// Each instance keeps the hive in memory and trusts it while nobody else has committed; a
+// third connection that checkpoints and restarts the log must not hide a commit either.
+TEST_F(SqliteHiveTest, AlternatingWritersAlwaysReadTheLatest) {
+  auto first = OpenSqliteHive(Hive());
+  auto second = OpenSqliteHive(Hive());
+  ASSERT_EQ(SetText(*first, "Software\\Shared", "N", "start"), kErrorSuccess);
+  sqlite3* raw = nullptr;
+  ASSERT_EQ(sqlite3_open(Hive().c_str(), &raw), SQLITE_OK);
+  int stale = 0;
+  for (int i = 0; i < 600; ++i) {
+    Registry& writer = i % 3 == 0 ? *second : *first;
+    Registry& reader = i % 3 == 0 ? *first : *second;
+    const std::string text = std::to_string(i);
+    ASSERT_EQ(SetText(writer, "Software\\Shared", "N", text), kErrorSuccess);
+    if (GetText(reader, "Software\\Shared", "N") != text) ++stale;
+    if (GetText(writer, "Software\\Shared", "N") != text) ++stale;
+    if (i % 7 == 0) {
+      sqlite3_exec(raw,
+                   i % 2 ? "PRAGMA wal_checkpoint(TRUNCATE)" : "PRAGMA wal_checkpoint(RESTART)",
+                   nullptr, nullptr, nullptr);
+    }
+  }
+  sqlite3_close(raw);
+  EXPECT_EQ(stale, 0);
+}
+
 TEST_F(SqliteHiveTest, ReadsOfAMissingFileFailAndCreateNothing) {
   const std::string hive = dir_.File("not/yet/hive.db");
   auto reg = OpenSqliteHive(hive);
