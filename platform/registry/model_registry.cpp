@@ -145,6 +145,15 @@ Status ModelRegistry::SetValueEx(HKey handle, std::string_view value_name, std::
   if (status != kErrorSuccess) return status;
   FoldNameInto(value_name, &folded_);
   if (store_) {
+    // The panel writes every value at every save, nearly all of them unchanged. Writing the same
+    // type and bytes again would leave the store exactly as it is, so when the model is known to
+    // match the store that write is skipped; what is there is already lasting.
+    const HiveValue* old = model_.FindValue(*key, folded_);
+    if (old != nullptr && old->type == type && old->data.size() == data_length &&
+        (data_length == 0 || std::memcmp(old->data.data(), data, data_length) == 0) &&
+        store_->Writable() && store_->ModelIsCurrent()) {
+      return kErrorSuccess;
+    }
     status = store_->SetValue(id, value_name, folded_, type, data, data_length);
     if (status != kErrorSuccess) {
       Stale();

@@ -28,6 +28,9 @@ class HiveStore {
   virtual void Invalidate() = 0;
   // False when writes are refused (a read-only file).
   virtual bool Writable() = 0;
+  // True when the model is known, without asking the file, to hold exactly what the store
+  // holds now; a write of what is there already can then be left out.
+  virtual bool ModelIsCurrent() = 0;
   // Creates `names` as a chain of new keys below `parent`, all or none; their ids go to `ids`.
   virtual Status CreateKeys(KeyId parent, const std::vector<std::string>& names,
                             std::vector<KeyId>* ids) = 0;

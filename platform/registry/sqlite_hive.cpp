@@ -156,6 +156,10 @@ class SqliteStore : public HiveStore {
     watch_.Forget();
   }
   bool Writable() override { return db_ && !read_only_; }
+  bool ModelIsCurrent() override {
+    WalChangeWatch::Header now;
+    return !in_batch_ && data_version_ >= 0 && ReadHeader(&now) && watch_.Unchanged(now);
+  }
   Status CreateKeys(KeyId parent, const std::vector<std::string>& names,
                     std::vector<KeyId>* ids) override;
   Status SetValue(KeyId key, std::string_view name, const std::string& folded, std::uint32_t type,

@@ -143,6 +143,26 @@ TEST_F(SqliteHiveTest, AWriteOfTheOtherBetweenOpenAndOwnWriteIsSeen) {
   EXPECT_EQ(GetText(*daemon, "Software\\Tessaron", "C"), "3");
 }
 
+// A write of the value this instance last saw is left out only while nobody else has written.
+TEST_F(SqliteHiveTest, RewritingTheSameValueOverwritesAnotherProcesssChange) {
+  auto panel = OpenSqliteHive(Hive());
+  auto daemon = OpenSqliteHive(Hive());
+  ASSERT_EQ(SetText(*panel, "Software\\Tessaron", "XON", "66"), kErrorSuccess);
+  HKey key = 0;
+  ASSERT_EQ(
+      panel->CreateKeyEx(kHKeyLocalMachine, "Software\\Tessaron", 0, kKeyWrite, &key, nullptr),
+      kErrorSuccess);
+  ASSERT_EQ(SetText(*daemon, "Software\\Tessaron", "XON", "17"), kErrorSuccess);
+  const std::uint8_t same[] = {'6', '6', 0};
+  ASSERT_EQ(panel->SetValueEx(key, "XON", kRegNone, same, 3), kErrorSuccess);
+  EXPECT_EQ(GetText(*daemon, "Software\\Tessaron", "XON"), "66");
+  // Unchanged and unchallenged: still there after the writer is gone.
+  ASSERT_EQ(panel->SetValueEx(key, "XON", kRegNone, same, 3), kErrorSuccess);
+  panel->CloseKey(key);
+  panel.reset();
+  EXPECT_EQ(GetText(*OpenSqliteHive(Hive()), "Software\\Tessaron", "XON"), "66");
+}
+
 // Each instance keeps the hive in memory and trusts it while nobody else has committed; a
 // third connection that checkpoints and restarts the log must not hide a commit either.
 TEST_F(SqliteHiveTest, AlternatingWritersAlwaysReadTheLatest) {
