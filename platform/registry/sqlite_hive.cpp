@@ -187,7 +187,7 @@ class SqliteStore : public HiveStore {
   Status BeginWrite();
   Status EndWrite(Status status);
   bool ReadHeader(WalChangeWatch::Header* header) {
-    return db_ && WalChangeWatch::Read(db_.get(), header);
+    return db_ && wal_ && WalChangeWatch::Read(db_.get(), header);
   }
   // Before a write that commits on its own: where the log stands.
   void BeforeCommit();
@@ -199,6 +199,7 @@ class SqliteStore : public HiveStore {
   SqliteStatement statements_[kStatementCount];  // declared after db_: finalized before it
   bool schema_ready_ = false;
   bool read_only_ = false;
+  bool wal_ = false;  // the file is in WAL mode, so it has a WAL index to look at
   bool in_batch_ = false;
   std::int64_t data_version_ = -1;  // of the state the model holds; -1 when unknown
   WalChangeWatch watch_;            // marks the log state that the model matches
@@ -211,6 +212,7 @@ void SqliteStore::Disconnect() {
   db_.Reset();
   schema_ready_ = false;
   read_only_ = false;
+  wal_ = false;
   in_batch_ = false;
   data_version_ = -1;
   watch_.Forget();
@@ -328,6 +330,17 @@ Status SqliteStore::CheckSchema(bool for_write) {
                    nullptr, nullptr, nullptr) != SQLITE_OK) {
     return kErrorRegistryIoFailed;
   }
+  // A hive is always in WAL mode; a file put back into another mode by some tool returns to it.
+  const char* mode_sql = read_only_ ? "PRAGMA journal_mode" : "PRAGMA journal_mode = WAL";
+  std::string mode;
+  sqlite3_exec(
+      db_.get(), mode_sql,
+      [](void* out, int, char** values, char**) {
+        if (values[0] != nullptr) *static_cast<std::string*>(out) = values[0];
+        return 0;
+      },
+      &mode, nullptr);
+  wal_ = mode == "wal";
   schema_ready_ = true;
   return kErrorSuccess;
 }

@@ -1,5 +1,6 @@
 // Move-only owners of an SQLite connection and of a prepared statement, so that every exit path
-// closes or finalizes. A statement must be destroyed before its connection.
+// closes or finalizes. A statement must be destroyed before its connection. Each owner is used
+// from the thread of the connection it belongs to.
 #ifndef KETRA_PLATFORM_REGISTRY_SQLITE_OWNERS_H_
 #define KETRA_PLATFORM_REGISTRY_SQLITE_OWNERS_H_
 

@@ -1,4 +1,5 @@
-// A fresh temporary directory for one test, removed with everything in it at the end.
+// A fresh temporary directory for one test or benchmark, owned by the object and removed with
+// everything in it when the object goes. Not thread-safe.
 #ifndef KETRA_PLATFORM_REGISTRY_TEST_HIVE_DIR_H_
 #define KETRA_PLATFORM_REGISTRY_TEST_HIVE_DIR_H_
 
