@@ -32,6 +32,7 @@
 #include "config_appl/form/lamp_bitmaps.h"
 #include "platform/runtime/codepage.h"
 #include "platform/runtime/conversion_error.h"
+#include "window/tab_strip.h"
 
 namespace ketra::window {
 namespace {
@@ -84,27 +85,12 @@ class OptionButton : public QRadioButton {
   void nextCheckState() override {}
 };
 
-// The tab strip: every tab an equal share of the control's width.
-class TabStrip : public QTabBar {
- public:
-  TabStrip(int row_width, QWidget* parent) : QTabBar(parent), row_width_(row_width) {}
-
- protected:
-  QSize tabSizeHint(int index) const override {
-    const QSize hint = QTabBar::tabSizeHint(index);
-    return {std::max(hint.width(), row_width_ / kTabsPerRow), hint.height()};
-  }
-
- private:
-  int row_width_;
-};
-
 // The tab control: the strip at the top, a panel below it, and the page frames standing on the
 // control at their own geometry.
 class TabView : public QWidget {
  public:
   explicit TabView(QWidget* parent) : QWidget(parent) {}
-  void SetStrip(QTabBar* strip) { strip_ = strip; }
+  void SetStrip(TabStrip* strip) { strip_ = strip; }
 
  protected:
   void paintEvent(QPaintEvent*) override {
@@ -115,12 +101,13 @@ class TabView : public QWidget {
     option.rect = QRect(0, top, width(), height() - top);
     option.shape = QTabBar::RoundedNorth;
     option.tabBarSize = strip_ ? strip_->size() : QSize();
+    option.selectedTabRect = strip_ ? strip_->tabRect(strip_->currentIndex()) : QRect();
     option.lineWidth = style()->pixelMetric(QStyle::PM_DefaultFrameWidth, nullptr, this);
     style()->drawPrimitive(QStyle::PE_FrameTabWidget, &option, &painter, this);
   }
 
  private:
-  QTabBar* strip_ = nullptr;
+  TabStrip* strip_ = nullptr;
 };
 
 // The up-down control: an up arrow above a down arrow.
@@ -275,24 +262,18 @@ QWidget* FormView::Create(ControlId id, QWidget* parent) {
       return nullptr;
     case Kind::kTab: {
       auto* view = new TabView(parent);
-      auto* strip = new TabStrip(Px(control.width), view);
+      QStringList captions;
+      for (const std::string& caption : control.tabs) captions << ToQt(caption);
+      auto* strip = new TabStrip(captions, Px(control.width), kTabsPerRow, view);
       strip->setFocusPolicy(Qt::NoFocus);
-      strip->setDrawBase(false);
-      strip->setExpanding(false);
-      for (const std::string& caption : control.tabs) strip->addTab(ToQt(caption));
-      strip->move(0, 0);
-      strip->resize(strip->sizeHint());
+      strip->setGeometry(QRect(QPoint(0, 0), strip->sizeHint()));
       view->SetStrip(strip);
-      tab_bar_ = strip;
+      tab_strip_ = strip;
       tab_control_ = id;
-      // A click on a tab, the shown one too, is the user showing that page; the arrow keys and
-      // the wheel change the current tab without a click.
-      connect(strip, &QTabBar::tabBarClicked, this, [this](int page) {
-        if (!applying_ && page >= 0) ShowPageAsUser(page);
-      });
-      connect(strip, &QTabBar::currentChanged, this, [this](int page) {
-        if (!applying_ && page >= 0 && page != form_.page()) ShowPageAsUser(page);
-      });
+      // A click on a tab, the shown one too, is the user showing that page.
+      strip->on_tab_clicked = [this](int page) {
+        if (!applying_) ShowPageAsUser(page);
+      };
       return view;
     }
     case Kind::kFrame:
@@ -396,9 +377,7 @@ void FormView::Apply(ControlId id) {
       break;
     }
     case Kind::kTab: {
-      QSignalBlocker strip_blocker(tab_bar_);
-      if (tab_bar_->currentIndex() != control.tab_shown)
-        tab_bar_->setCurrentIndex(control.tab_shown);
+      tab_strip_->setCurrentIndex(control.tab_shown);
       // The page frames follow the page shown.
       for (ControlId page = 0; page < form_.size(); ++page) {
         if (form_.at(page).container == id && form_.at(page).tab_page >= 0) Apply(page);
@@ -508,8 +487,8 @@ void FormView::ApplyFocus() {
   const ControlId focus = form_.focus();
   QWidget* target = this;
   if (focus != forms::kNoControl) {
-    if (focus == tab_control_ && tab_bar_) {
-      target = tab_bar_;
+    if (focus == tab_control_ && tab_strip_) {
+      target = tab_strip_;
     } else if (QWidget* shown = entries_.at(static_cast<size_t>(focus)).widget) {
       target = shown;
     }
@@ -685,8 +664,13 @@ bool FormView::eventFilter(QObject* watched, QEvent* event) {
         return press->key() != Qt::Key_Space && press->key() != Qt::Key_Select;
       case Kind::kComboBox:
         return false;  // the box steps and opens its list; each step is a choice
-      case Kind::kTab:
-        return press->key() != Qt::Key_Left && press->key() != Qt::Key_Right;
+      case Kind::kTab: {
+        // The arrow keys show the page beside the one shown.
+        const int step = press->key() == Qt::Key_Left ? -1 : press->key() == Qt::Key_Right ? 1 : 0;
+        const int page = form_.page() + step;
+        if (step != 0 && page >= 0 && page < tab_strip_->count()) ShowPageAsUser(page);
+        return true;
+      }
       case Kind::kUpDown:
         if (press->key() == Qt::Key_Up) Perform([this, id] { form_.UpClick(id); });
         if (press->key() == Qt::Key_Down) Perform([this, id] { form_.DownClick(id); });

@@ -23,9 +23,10 @@
 #include "platform/forms/form.h"
 
 class QTimer;
-class QTabBar;
 
 namespace ketra::window {
+
+class TabStrip;
 
 // Twips (1,440 to the inch) to pixels at `dpi` logical dots per inch.
 int TwipsToPixels(int twips, double dpi);
@@ -43,8 +44,8 @@ class FormView : public QWidget {
   QWidget* widget(std::string_view name) const { return widget(form_.Id(name)); }
   // The timer of a timer control; nullptr for other kinds.
   QTimer* timer(forms::ControlId id) const;
-  // The tab bar of the form's tab control; nullptr when it has none.
-  QTabBar* tab_bar() const { return tab_bar_; }
+  // The tab strip of the form's tab control; nullptr when it has none.
+  TabStrip* tab_strip() const { return tab_strip_; }
   double dpi() const { return dpi_; }
   bool program_ended() const { return ended_; }
 
@@ -93,7 +94,7 @@ class FormView : public QWidget {
   forms::Form& form_;
   double dpi_;
   std::vector<Entry> entries_;  // by ControlId
-  QTabBar* tab_bar_ = nullptr;
+  TabStrip* tab_strip_ = nullptr;
   forms::ControlId tab_control_ = forms::kNoControl;
   forms::ControlId shown_focus_ = forms::kNoControl;
   int depth_ = 0;          // user operations under way (a message box nests inside one)

@@ -13,7 +13,6 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QTabBar>
 #include <QTimer>
 #include <QToolButton>
 #include <QtTest>
@@ -34,6 +33,7 @@
 #include "window/app_icon.h"
 #include "window/form_view.h"
 #include "window/qt_message_boxes.h"
+#include "window/tab_strip.h"
 
 namespace ketra::window {
 namespace {
@@ -227,7 +227,7 @@ class UserAtWindow {
     } else if (step.command == "choose") {
       Choose(step.name, text);
     } else if (step.command == "page") {
-      QTabBar* tabs = run_.view->tab_bar();
+      TabStrip* tabs = run_.view->tab_strip();
       QTest::mouseClick(tabs, Qt::LeftButton, {}, tabs->tabRect(std::stoi(step.name)).center());
     } else if (step.command == "tick") {
       for (forms::ControlId id = 0; id < form_.size(); ++id) {
@@ -339,10 +339,10 @@ void ExpectViewShowsEngine(const FormView& view, const forms::Form& form) {
         break;
     }
   }
-  QCOMPARE(view.tab_bar()->currentIndex(), form.page());
+  QCOMPARE(view.tab_strip()->currentIndex(), form.page());
   if (form.focus() != forms::kNoControl) {
     const bool on_tab = form.at(form.focus()).kind == forms::Kind::kTab;
-    QWidget* expected = on_tab ? view.tab_bar() : view.widget(form.focus());
+    QWidget* expected = on_tab ? view.tab_strip() : view.widget(form.focus());
     QVERIFY2(view.focusWidget() == expected, form.at(form.focus()).name.c_str());
   }
 }
@@ -484,9 +484,9 @@ class FormViewTest : public QObject {
     const forms::Form& form = run.program->form();
     QCOMPARE(view.windowTitle(), QStringLiteral("Ketra_v1.4.2"));
     QCOMPARE(view.size(), QSize(TwipsToPixels(6036, 96), TwipsToPixels(8832, 96)));
-    QCOMPARE(view.tab_bar()->count(), 2);
-    QCOMPARE(view.tab_bar()->tabText(0), QStringLiteral("Config"));
-    QCOMPARE(view.tab_bar()->tabText(1), QStringLiteral("Status  "));
+    QCOMPARE(view.tab_strip()->count(), 2);
+    QCOMPARE(view.tab_strip()->tabText(0), QStringLiteral("Config"));
+    QCOMPARE(view.tab_strip()->tabText(1), QStringLiteral("Status  "));
 
     // Every control at its geometry in its container; images at least the size of the picture.
     for (forms::ControlId id = 1; id < form.size(); ++id) {
