@@ -13,9 +13,11 @@
 #ifndef KETRA_WINDOW_FORM_VIEW_H_
 #define KETRA_WINDOW_FORM_VIEW_H_
 
+#include <QImage>
 #include <QPixmap>
 #include <QWidget>
 #include <array>
+#include <cstdint>
 #include <functional>
 #include <string_view>
 #include <vector>
@@ -30,6 +32,9 @@ class TabStrip;
 
 // Twips (1,440 to the inch) to pixels at `dpi` logical dots per inch.
 int TwipsToPixels(int twips, double dpi);
+
+// The picture of a Windows bitmap file.
+QImage BitmapImage(const std::vector<std::uint8_t>& bytes);
 
 class FormView : public QWidget {
   Q_OBJECT

@@ -23,6 +23,7 @@
 #include <vector>
 
 #include "config_appl/form/form1_layout.h"
+#include "config_appl/form/lamp_bitmaps.h"
 #include "config_appl/model/program.h"
 #include "platform/device/scripted_device.h"
 #include "platform/registry/memory_registry.h"
@@ -536,6 +537,15 @@ class FormViewTest : public QObject {
       QCOMPARE(picture.size(), QSize(19, 22));
       QCOMPARE(picture.pixelColor(9, 11), colour);
       QCOMPARE(picture.pixelColor(0, 0), QColor(228, 227, 226));
+    }
+
+    // The pictures read by the window's own reader equal Qt's reading of the same files.
+    for (const forms::Picture picture :
+         {forms::Picture::kGreen, forms::Picture::kRed, forms::Picture::kGrey}) {
+      const std::vector<std::uint8_t> file = form::LampBitmap(picture);
+      const QImage by_qt = QImage::fromData(file.data(), static_cast<int>(file.size()), "BMP");
+      QCOMPARE(BitmapImage(file).convertToFormat(QImage::Format_RGB32),
+               by_qt.convertToFormat(QImage::Format_RGB32));
     }
 
     const QImage icon = KetraIconPixmap().toImage();

@@ -1,16 +1,20 @@
 // ketra: the control panel's window. The program instance runs on the headless form engine with
 // the machine's hive, driver daemon and files; FormView draws it with Qt and passes the user's
-// actions back as the engine's user operations.
+// actions back as the engine's user operations. The program's load runs while Qt opens the
+// display (BackgroundLoad), and the window is built from the loaded form.
 //
 //   ketra [--hive PATH] [--socket PATH] [--screenshot-dir DIR] [--exit-after-first-frame]
 #include <QApplication>
-#include <QCommandLineParser>
 #include <QDir>
 #include <QStyleFactory>
 #include <QTimer>
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
+#include <memory>
+#include <string>
+
+#include <CLI/CLI.hpp>
 
 #include "config_appl/model/program.h"
 #include "platform/device/vspd_device.h"
@@ -20,6 +24,7 @@
 #include "platform/registry/sqlite_hive.h"
 #include "platform/runtime/text_file.h"
 #include "window/app_icon.h"
+#include "window/background_load.h"
 #include "window/first_frame.h"
 #include "window/form_view.h"
 #include "window/qt_message_boxes.h"
@@ -69,42 +74,41 @@ int main(int argc, char** argv) {
         stderr);
     return 2;
   }
-  QApplication app(argc, argv);
-  QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
-  QApplication::setWindowIcon(ketra::window::KetraIcon());
 
-  QCommandLineParser parser;
-  parser.setApplicationDescription(QStringLiteral("The Ketra virtual serial port control panel."));
-  parser.addHelpOption();
-  const QCommandLineOption hive_option(QStringLiteral("hive"),
-                                       QStringLiteral("The hive file (default: the user's)."),
-                                       QStringLiteral("PATH"));
-  const QCommandLineOption socket_option(QStringLiteral("socket"),
-                                         QStringLiteral("The driver daemon's control socket."),
-                                         QStringLiteral("PATH"));
-  const QCommandLineOption screenshot_option(
-      QStringLiteral("screenshot-dir"),
-      QStringLiteral("Save a picture of each tab page into DIR, then end."), QStringLiteral("DIR"));
-  const QCommandLineOption first_frame_option(
-      QStringLiteral("exit-after-first-frame"),
-      QStringLiteral("Print the monotonic time of the first frame shown, then end."));
-  parser.addOptions({hive_option, socket_option, screenshot_option, first_frame_option});
-  parser.process(app);
-
-  const std::string hive = parser.isSet(hive_option) ? parser.value(hive_option).toStdString()
-                                                     : ketra::registry::DefaultHivePath();
-  const std::string socket = parser.isSet(socket_option) ? parser.value(socket_option).toStdString()
-                                                         : ketra::device::DefaultVspdSocketPath();
+  CLI::App cli{"ketra: the Ketra virtual serial port control panel."};
+  std::string hive = ketra::registry::DefaultHivePath();
+  std::string socket = ketra::device::DefaultVspdSocketPath();
+  std::string screenshot_dir;
+  bool exit_after_first_frame = false;
+  cli.add_option("--hive", hive, "The hive file (default: the user's).");
+  cli.add_option("--socket", socket, "The driver daemon's control socket.");
+  cli.add_option("--screenshot-dir", screenshot_dir,
+                 "Save a picture of each tab page into this directory, then end.");
+  cli.add_flag("--exit-after-first-frame", exit_after_first_frame,
+               "Print the monotonic time of the first frame shown, then end.");
+  cli.allow_extras();  // Qt's own options (-platform, ...)
+  CLI11_PARSE(cli, argc, argv);
 
   const std::unique_ptr<ketra::registry::Registry> registry = ketra::registry::OpenSqliteHive(hive);
   const std::unique_ptr<ketra::device::DeviceIo> device = ketra::device::MakeVspdDevice(socket);
   const std::unique_ptr<ketra::forms::AppServices> services = ketra::forms::MakePosixApp("", hive);
   const std::unique_ptr<ketra::runtime::FileSystem> files = ketra::runtime::MakePosixFileSystem();
-  ketra::window::QtMessageBoxes boxes;
-  ketra::Program program({*registry, *device, *services, *files, boxes});
+  ketra::window::QtMessageBoxes qt_boxes;
+  ketra::window::BackgroundLoad load(qt_boxes);
 
+  // The load reads and writes the hive while the display is being opened.
+  std::unique_ptr<ketra::Program> program;
+  load.Start([&] {
+    program = std::make_unique<ketra::Program>(
+        ketra::Platform{*registry, *device, *services, *files, load});
+    program->Start();
+  });
+
+  QApplication app(argc, argv);
+  QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+  QApplication::setWindowIcon(ketra::window::KetraIcon());
   try {
-    program.Start();
+    load.Wait();
   } catch (const ketra::forms::ProgramEnded&) {
     return 0;  // a second instance, or no ports: the load ended the program
   } catch (const std::exception& error) {
@@ -112,22 +116,21 @@ int main(int argc, char** argv) {
     return 1;
   }
 
-  ketra::window::FormView view(program.form());
-  boxes.SetParent(&view);
+  ketra::window::FormView view(program->form());
+  qt_boxes.SetParent(&view);
   QObject::connect(&view, &ketra::window::FormView::programEnded, &app,
                    [] { QCoreApplication::exit(0); });
-
-  if (parser.isSet(first_frame_option)) {
+  if (exit_after_first_frame) {
     QObject::connect(&view, &ketra::window::FormView::firstFrameShown, &app, [] {
       ketra::window::PrintFirstFrame();
       QCoreApplication::exit(0);
     });
   }
   view.show();
-  if (parser.isSet(screenshot_option)) {
-    const QString directory = parser.value(screenshot_option);
+  if (!screenshot_dir.empty()) {
+    const QString directory = QString::fromStdString(screenshot_dir);
     QTimer::singleShot(0, &app, [&view, &program, directory] {
-      QCoreApplication::exit(SaveScreenshots(view, program.form(), directory));
+      QCoreApplication::exit(SaveScreenshots(view, program->form(), directory));
     });
   }
   return QApplication::exec();
