@@ -1,0 +1,40 @@
+#!/usr/bin/env bash
+# Start-up of the window against a minimal Qt window, in one run: the time from process start to
+# the first frame shown and the peak resident size, medians over the repetitions, and the goals
+# (time at most 1.2 times the minimal window's, peak size at most its own plus 10 MB).
+#
+#   bench/window/run.sh [BUILD_DIR] [REPETITIONS]     (default: build-release, 21)
+#
+# Runs under a virtual X server (xvfb-run), or under QT_QPA_PLATFORM if that is set.
+set -euo pipefail
+
+root="$(cd "$(dirname "$0")/../.." && pwd)"
+build="${1:-$root/build-release}"
+repetitions="${2:-21}"
+bench="$build/bench/window_startup_bench"
+[[ -x "$bench" ]] || { echo "run.sh: $bench is missing; build the benchmarks first" >&2; exit 1; }
+
+out="$(mktemp)"
+trap 'rm -f "$out"' EXIT
+export XDG_RUNTIME_DIR="${XDG_RUNTIME_DIR:-$(mktemp -d)}"
+args=(--benchmark_repetitions="$repetitions" --benchmark_report_aggregates_only=true
+      --benchmark_format=json --benchmark_out="$out" --benchmark_out_format=json)
+if [[ -n "${QT_QPA_PLATFORM:-}" ]]; then
+  "$bench" "${args[@]}" >/dev/null
+else
+  xvfb-run -a -s "-screen 0 1024x768x24 -dpi 96" "$bench" "${args[@]}" >/dev/null
+fi
+
+python3 - "$out" <<'PY'
+import json, sys
+runs = json.load(open(sys.argv[1]))["benchmarks"]
+m = next(r for r in runs if r.get("aggregate_name") == "median")
+print(f"first frame, median of {m['repetitions']} pairs: ketra (101 ports) {m['ketra_ms']:.1f} ms,"
+      f" minimal window {m['minimal_ms']:.1f} ms")
+print(f"  ratio, median of the pairs' ratios: {m['ratio']:.2f}"
+      f" (goal <= 1.20: {'met' if m['ratio'] <= 1.2 else 'MISSED'})")
+print(f"  processor time (user + system), median: ketra {m['ketra_cpu_ms']:.1f} ms,"
+      f" minimal window {m['minimal_cpu_ms']:.1f} ms")
+print(f"peak resident size: ketra {m['ketra_rss_MB']:.1f} MB, minimal window {m['minimal_rss_MB']:.1f} MB,"
+      f" extra {m['rss_extra_MB']:.1f} MB (goal <= 10 MB: {'met' if m['rss_extra_MB'] <= 10 else 'MISSED'})")
+PY
