@@ -17,7 +17,6 @@
 #include <QRegularExpression>
 #include <QScreen>
 #include <QSignalBlocker>
-#include <QStyleOptionGroupBox>
 #include <QStyleOptionTabWidgetFrame>
 #include <QStylePainter>
 #include <QTabBar>
@@ -50,6 +49,10 @@ std::string ToAnsi(const QString& text) { return runtime::Utf8ToAnsi(text.toStdS
 // A frame whose look follows its own Enabled flag only. Qt would grey everything inside a
 // disabled group box; the engine's frames leave the look of what they hold to each control's own
 // flag, and only take it out of reach (the view's event filter does that).
+//
+// It is drawn here as an etched rectangle with its caption set into the top edge, the classic
+// look of such frames; Fusion's own group box loads a picture from its resources on first paint,
+// which costs the window several milliseconds at start.
 class FrameBox : public QGroupBox {
  public:
   using QGroupBox::QGroupBox;
@@ -61,14 +64,21 @@ class FrameBox : public QGroupBox {
 
  protected:
   void paintEvent(QPaintEvent*) override {
-    QStylePainter painter(this);
-    QStyleOptionGroupBox option;
-    initStyleOption(&option);
-    if (!look_enabled_) {
-      option.state &= ~QStyle::State_Enabled;
-      option.palette.setCurrentColorGroup(QPalette::Disabled);
-    }
-    painter.drawComplexControl(QStyle::CC_GroupBox, option);
+    QPainter painter(this);
+    const QFontMetrics metrics = fontMetrics();
+    const QString caption = title();
+    const int top = caption.isEmpty() ? 0 : metrics.height() / 2;
+    const QRect edge = rect().adjusted(0, top, -2, -2);
+    painter.setPen(palette().color(QPalette::Dark));
+    painter.drawRect(edge);
+    painter.setPen(palette().color(QPalette::Light));
+    painter.drawRect(edge.translated(1, 1));
+    if (caption.isEmpty()) return;
+    const int indent = metrics.averageCharWidth();
+    const QRect text(indent, 0, metrics.horizontalAdvance(caption) + indent, metrics.height());
+    painter.fillRect(text, palette().window());
+    style()->drawItemText(&painter, text, Qt::AlignCenter | Qt::TextShowMnemonic, palette(),
+                          look_enabled_, caption, QPalette::WindowText);
   }
 
  private:
