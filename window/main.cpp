@@ -1,7 +1,7 @@
 // ketra: the control panel's window. The program instance runs on the headless form engine with
 // the machine's hive, driver daemon and files; FormView draws it with Qt and passes the user's
-// actions back as the engine's user operations. The program's load runs while Qt opens the
-// display (BackgroundLoad), and the window is built from the loaded form.
+// actions back as the engine's user operations. Everything runs on the GUI thread, the form
+// engine's one thread: the load first, then the window built from the loaded form.
 //
 //   ketra [--hive PATH] [--socket PATH] [--screenshot-dir DIR] [--exit-after-first-frame]
 #include <QApplication>
@@ -24,7 +24,6 @@
 #include "platform/registry/sqlite_hive.h"
 #include "platform/runtime/text_file.h"
 #include "window/app_icon.h"
-#include "window/background_load.h"
 #include "window/first_frame.h"
 #include "window/form_view.h"
 #include "window/qt_message_boxes.h"
@@ -93,22 +92,16 @@ int main(int argc, char** argv) {
   const std::unique_ptr<ketra::device::DeviceIo> device = ketra::device::MakeVspdDevice(socket);
   const std::unique_ptr<ketra::forms::AppServices> services = ketra::forms::MakePosixApp("", hive);
   const std::unique_ptr<ketra::runtime::FileSystem> files = ketra::runtime::MakePosixFileSystem();
-  ketra::window::QtMessageBoxes qt_boxes;
-  ketra::window::BackgroundLoad load(qt_boxes);
-
-  // The load reads and writes the hive while the display is being opened.
-  std::unique_ptr<ketra::Program> program;
-  load.Start([&] {
-    program = std::make_unique<ketra::Program>(
-        ketra::Platform{*registry, *device, *services, *files, load});
-    program->Start();
-  });
 
   QApplication app(argc, argv);
   QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
   QApplication::setWindowIcon(ketra::window::KetraIcon());
+
+  ketra::window::QtMessageBoxes qt_boxes;
+  const auto program = std::make_unique<ketra::Program>(
+      ketra::Platform{*registry, *device, *services, *files, qt_boxes});
   try {
-    load.Wait();
+    program->Start();
   } catch (const ketra::forms::ProgramEnded&) {
     return 0;  // a second instance, or no ports: the load ended the program
   } catch (const std::exception& error) {
