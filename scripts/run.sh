@@ -26,9 +26,10 @@ done
 
 if [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ] && [ -z "${QT_QPA_PLATFORM:-}" ]; then
   echo "No display found, so the window cannot open here."
-  echo "The same panel runs without a screen:"
-  echo "  KETRA_VSPD_SOCKET=$KETRA_VSPD_SOCKET build/bin/ketra-session --hive $KETRA_HIVE --driver system"
-  echo "then type commands such as: start, dump form, close (see docs/session.md)."
-  exit 2
+  echo "The same panel runs without a screen in ketra-session, started here on the same driver"
+  echo "and hive: type commands such as start, dump form, close (docs/session.md); Ctrl+D ends."
+  echo "  build/bin/ketra-session --hive $KETRA_HIVE --driver system"
+  build/bin/ketra-session --hive "$KETRA_HIVE" --driver system
+  exit $?
 fi
 build/bin/ketra --hive "$KETRA_HIVE" --socket "$KETRA_VSPD_SOCKET"
