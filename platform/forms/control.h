@@ -11,7 +11,17 @@
 namespace ketra::forms {
 
 enum class Kind {
-  kForm, kTab, kFrame, kLabel, kTextBox, kOption, kComboBox, kButton, kImage, kTimer, kUpDown
+  kForm,
+  kTab,
+  kFrame,
+  kLabel,
+  kTextBox,
+  kOption,
+  kComboBox,
+  kButton,
+  kImage,
+  kTimer,
+  kUpDown
 };
 // "form", "tab", "frame", "label", "textbox", "option", "combobox", "button", "image",
 // "timer", "updown".
@@ -21,7 +31,16 @@ enum class Picture { kNone, kGreen, kRed, kGrey };
 // "", "green", "red", "grey".
 std::string_view PictureName(Picture picture);
 
-enum class Notification { kLoad, kClick, kChange, kGotFocus, kLostFocus, kTimer, kUpClick, kDownClick };
+enum class Notification {
+  kLoad,
+  kClick,
+  kChange,
+  kGotFocus,
+  kLostFocus,
+  kTimer,
+  kUpClick,
+  kDownClick
+};
 
 // One control as a layout table describes it. Geometry in twips from the top left corner of the
 // container. Texts are Windows-1252.
@@ -34,15 +53,15 @@ struct ControlSpec {
   int top = 0;
   int width = 0;
   int height = 0;
-  int tab_index = -1;          // -1 for none (images, timers, the form)
-  std::string_view caption;    // caption, or a text box's default text
-  int max_length = 0;          // text boxes; 0 for no limit
+  int tab_index = -1;        // -1 for none (images, timers, the form)
+  std::string_view caption;  // caption, or a text box's default text
+  int max_length = 0;        // text boxes; 0 for no limit
   bool visible = true;
   bool enabled = true;
-  bool value = false;          // option buttons: selected at start
+  bool value = false;  // option buttons: selected at start
   Picture picture = Picture::kNone;
-  int interval = 0;            // timers, in milliseconds
-  bool centred = false;        // labels whose text is centred
+  int interval = 0;                             // timers, in milliseconds
+  bool centred = false;                         // labels whose text is centred
   std::span<const std::string_view> tabs = {};  // tab controls: the captions of the pages
 };
 

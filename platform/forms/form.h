@@ -84,14 +84,14 @@ class Form {
   Refusal Reach(ControlId id) const;
   bool CanTakeFocus(ControlId id) const;  // a kind that takes focus, and in reach
   Refusal Focus(ControlId id);
-  Refusal Click(ControlId id);                        // command and option buttons
+  Refusal Click(ControlId id);                           // command and option buttons
   Refusal Choose(ControlId id, std::string_view entry);  // combo box; raises Click even when
-                                                      // the entry is already selected
-  Refusal Type(ControlId id, std::string_view text);  // one Change per keystroke that changes
-  Refusal Paste(ControlId id, std::string_view text);  // one Change
+                                                         // the entry is already selected
+  Refusal Type(ControlId id, std::string_view text);     // one Change per keystroke that changes
+  Refusal Paste(ControlId id, std::string_view text);    // one Change
   Refusal Backspace(ControlId id);
-  void Tab();              // focus to the next control in tab order, wrapping
-  void ShowPage(int page);  // the user shows a page of the tab control
+  void Tab();                  // focus to the next control in tab order, wrapping
+  void ShowPage(int page);     // the user shows a page of the tab control
   void Tick(ControlId timer);  // the timer elapses once (if enabled)
   Refusal UpClick(ControlId updown);
   Refusal DownClick(ControlId updown);

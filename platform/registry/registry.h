@@ -32,8 +32,8 @@ inline constexpr Status kErrorInvalidHandle = 6;
 inline constexpr Status kErrorInvalidParameter = 87;
 inline constexpr Status kErrorMoreData = 234;
 inline constexpr Status kErrorNoMoreItems = 259;
-inline constexpr Status kErrorBadDb = 1009;              // the hive file is not a hive
-inline constexpr Status kErrorRegistryIoFailed = 1016;   // the hive file cannot be read or written
+inline constexpr Status kErrorBadDb = 1009;             // the hive file is not a hive
+inline constexpr Status kErrorRegistryIoFailed = 1016;  // the hive file cannot be read or written
 
 inline constexpr std::uint32_t kRegNone = 0;
 inline constexpr std::uint32_t kRegSz = 1;
