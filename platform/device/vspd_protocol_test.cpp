@@ -11,9 +11,8 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 
 Bytes Msg(std::uint8_t kind, Bytes payload = {}) {
-  Bytes out{kMagic, kVersion, kind, 0};
-  out.insert(out.end(), payload.begin(), payload.end());
-  return out;
+  payload.insert(payload.begin(), {kMagic, kVersion, kind, 0});
+  return payload;
 }
 
 Bytes Text(std::string_view text) { return Bytes(text.begin(), text.end()); }
