@@ -4,18 +4,12 @@
 
 #include "platform/runtime/conversion_error.h"
 #include "platform/runtime/conversions.h"
+#include "platform/runtime/strings.h"
 
 namespace ketra {
 namespace {
 
 using forms::MsgBoxStyle;
-
-std::string TrimSpaces(const std::string& text) {
-  const auto first = text.find_first_not_of(' ');
-  if (first == std::string::npos) return {};
-  const auto last = text.find_last_not_of(' ');
-  return text.substr(first, last - first + 1);
-}
 
 void Refuse(Program& p, std::string_view message, MsgBoxStyle style) {
   p.MsgBox(message, style);
@@ -82,8 +76,9 @@ void ReadUI(Program& p) {
       return;
     }
     row.LocalPort = p.Text("TXT_LOCPORT");
-    row.RemoteIP = TrimSpaces(p.Text("TXT_IP1")) + "." + TrimSpaces(p.Text("TXT_IP2")) + "." +
-                   TrimSpaces(p.Text("TXT_IP3")) + "." + TrimSpaces(p.Text("TXT_IP4"));
+    row.RemoteIP =
+        runtime::TrimSpaces(p.Text("TXT_IP1")) + "." + runtime::TrimSpaces(p.Text("TXT_IP2")) +
+        "." + runtime::TrimSpaces(p.Text("TXT_IP3")) + "." + runtime::TrimSpaces(p.Text("TXT_IP4"));
     row.RemotePort = p.Text("TXT_UDP");
   }
 }

@@ -4,24 +4,15 @@
 #include <string>
 
 #include "platform/registry/registry.h"
+#include "platform/runtime/strings.h"
 
 namespace ketra {
-namespace {
-
-std::string TrimSpaces(std::string_view text) {
-  const auto first = text.find_first_not_of(' ');
-  if (first == std::string_view::npos) return {};
-  const auto last = text.find_last_not_of(' ');
-  return std::string(text.substr(first, last - first + 1));
-}
-
-}  // namespace
 
 std::string PortNameFromValueText(std::string_view value_text) {
   std::string_view name = value_text.substr(0, 5);
   const bool ends_in_digit = !name.empty() && name.back() >= '0' && name.back() <= '9';
   if (!ends_in_digit) name = value_text.substr(0, 4);
-  return TrimSpaces(name);
+  return runtime::TrimSpaces(name);
 }
 
 void ReadRegistry(Program& p) {
