@@ -7,7 +7,7 @@ packages=(
   libsqlite3-dev nlohmann-json3-dev libcli11-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   qt6-base-dev libgl-dev
-  fonts-liberation python3 socat xvfb xauth
+  fonts-liberation python3 socat xvfb xauth ccache
 )
 
 missing=()
