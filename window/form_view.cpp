@@ -235,8 +235,7 @@ FormView::FormView(forms::Form& form, double dpi, QWidget* parent)
   }
   for (const forms::Picture picture :
        {forms::Picture::kGreen, forms::Picture::kRed, forms::Picture::kGrey}) {
-    pictures_[static_cast<size_t>(picture)] =
-        QPixmap::fromImage(BitmapImage(form::LampBitmap(picture)));
+    pictures_[static_cast<size_t>(picture)] = QPixmap::fromImage(BitmapImage(LampBitmap(picture)));
   }
   // The window's own font, small enough for the boxes' heights of the layout; every control
   // takes it, none sets one of its own.

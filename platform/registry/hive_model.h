@@ -1,7 +1,7 @@
 // The tree of keys and values that every registry in this layer works on: the whole of the
-// MemoryRegistry, and the cached copy of the file for SqliteHive. Keys are found by id; names
-// are folded to upper case (ASCII letters only) for comparison and kept as created for display.
-// Plain data, not thread-safe.
+// memory registry (MakeMemoryRegistry), and the cached copy of the file for the hive that
+// OpenSqliteHive opens. Keys are found by id; names are folded to upper case (ASCII letters only)
+// for comparison and kept as created for display. Plain data, not thread-safe.
 #ifndef KETRA_PLATFORM_REGISTRY_HIVE_MODEL_H_
 #define KETRA_PLATFORM_REGISTRY_HIVE_MODEL_H_
 

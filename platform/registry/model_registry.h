@@ -1,8 +1,8 @@
 // The Registry calls, handles and name rules over a HiveModel, shared by the memory registry and
 // the hive file. Where the keys last is the business of a HiveStore: none for the memory
-// registry, the SQLite file for SqliteHive. The model is the store's cache; every write goes to
-// the store first and reaches the model only when the store took it.
-// Owns its store; one thread at a time.
+// registry (memory_registry.h), the SQLite file for the hive (SqliteStore in sqlite_hive.cpp). The
+// model is the store's cache; every write goes to the store first and reaches the model only when
+// the store took it. Owns its store; one thread at a time.
 #ifndef KETRA_PLATFORM_REGISTRY_MODEL_REGISTRY_H_
 #define KETRA_PLATFORM_REGISTRY_MODEL_REGISTRY_H_
 
