@@ -93,13 +93,15 @@ Daemon::Daemon(const DaemonConfig& config, registry::Registry& registry)
     if (!warning.empty()) LogWarning(name + ": " + warning);
     ports_.push_back(std::make_unique<VirtualPort>(loop_, name, std::move(io), options));
   }
+  // The socket listens under a temporary name until the map is written: clients take the
+  // control socket's appearance as the sign that the daemon is ready, and a panel started then
+  // must find the ports.
   control_ = std::make_unique<ControlServer>(loop_, config_.socket, config_.group, *this);
   device_map_ = std::make_unique<DeviceMap>(registry_);
   std::string problem;
   if (!device_map_->Publish(config_.ports, &problem)) {
     throw std::runtime_error("device map in " + config_.hive + ": " + problem);
   }
-  // Last: a client that finds the socket finds the ports in the device map too.
   control_->Publish();
   LogInfo("serving " + std::to_string(ports_.size()) + " ports (" + ports_.front()->name() +
           " ... " + ports_.back()->name() + ") with links in " + config_.link_directory +
