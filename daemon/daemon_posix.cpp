@@ -3,6 +3,7 @@
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/signalfd.h>
+#include <sys/stat.h>
 #include <sys/timerfd.h>
 #include <unistd.h>
 
@@ -52,6 +53,7 @@ net::Fd LockHive(const std::string& hive) {
   const std::string path = hive + ".vspd-lock";
   net::Fd fd(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0660));
   if (!fd) throw std::runtime_error("cannot open " + path + ": " + std::strerror(errno));
+  ::fchmod(fd.get(), 0660);  // the group's, as the hive is, whatever the umask
   if (::flock(fd.get(), LOCK_EX | LOCK_NB) != 0) {
     throw std::runtime_error("another daemon serves the hive " + hive + " (lock " + path + ")");
   }
