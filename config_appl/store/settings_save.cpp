@@ -3,8 +3,8 @@
 #include <cstdint>
 
 #include "config_appl/store/registry_value.h"
-#include "platform/registry/registry_batch.h"
 #include "platform/net/inet.h"
+#include "platform/registry/registry_batch.h"
 #include "platform/runtime/conversions.h"
 
 namespace ketra {

@@ -143,8 +143,14 @@ TEST(CreateConfigFile2, ASaveKilledAtAnyMomentLeavesTheStoreAsBeforeOrAfterIt) {
     d.LastPort = kPorts - 1;
     for (int round = 1;; ++round) {
       for (int r = 0; r < kPorts; ++r) {
-        d.PortTable[r] = {-1, "COM" + std::to_string(r + 3), "127.0.0.1", std::to_string(round),
-                          std::to_string(round), "0", static_cast<std::uint8_t>(round), 65};
+        d.PortTable[r] = {-1,
+                          "COM" + std::to_string(r + 3),
+                          "127.0.0.1",
+                          std::to_string(round),
+                          std::to_string(round),
+                          "0",
+                          static_cast<std::uint8_t>(round),
+                          65};
       }
       CreateConfigFile2(program);
       if (write(fds[1], &round, sizeof round) != sizeof round) _exit(2);

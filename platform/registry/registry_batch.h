@@ -1,8 +1,8 @@
 // Grouping writes so that they reach the store together or not at all: ketra-reg applies a
-// whole import file this way, and the panel saves all its settings in one batch. A registry that offers it implements this interface beside
-// Registry (find it with dynamic_cast). While a batch is open, the registry's own reads see the
-// batch's writes and other processes see none of them; a hive file stays locked for writing.
-// Same threading as the registry it belongs to.
+// whole import file this way, and the panel saves all its settings in one batch. A registry that
+// offers it implements this interface beside Registry (find it with dynamic_cast). While a batch is
+// open, the registry's own reads see the batch's writes and other processes see none of them; a
+// hive file stays locked for writing. Same threading as the registry it belongs to.
 #ifndef KETRA_PLATFORM_REGISTRY_REGISTRY_BATCH_H_
 #define KETRA_PLATFORM_REGISTRY_REGISTRY_BATCH_H_
 

@@ -145,11 +145,11 @@ TYPED_TEST(RegistryTest, NamesCompareWithoutCaseAndKeepTheirFirstCase) {
   EXPECT_EQ(this->ValueNames(key), (std::vector<std::string>{"LocalPort", "\xE9", "\xC9"}));
   // Past eight bytes, and the neighbours of the letters ('@' '[' '`' '{'), which do not fold.
   this->Set(key, "Remote@[Port`{xyz", kRegNone, "c");
-  for (const auto& [name, found] : std::vector<std::pair<std::string, bool>>{
-           {"REMOTE@[PORT`{XYZ", true},
-           {"remote@[port`{xyz", true},
-           {"REMOTE`{PORT@[XYZ", false},
-           {"Remote@[Port`{xy", false}}) {
+  for (const auto& [name, found] :
+       std::vector<std::pair<std::string, bool>>{{"REMOTE@[PORT`{XYZ", true},
+                                                 {"remote@[port`{xyz", true},
+                                                 {"REMOTE`{PORT@[XYZ", false},
+                                                 {"Remote@[Port`{xy", false}}) {
     std::uint32_t size = 0;
     EXPECT_EQ(this->reg_->QueryValueEx(key, name, nullptr, nullptr, &size) == kErrorSuccess, found)
         << name;
