@@ -93,12 +93,14 @@ Daemon::Daemon(const DaemonConfig& config, registry::Registry& registry)
     if (!ports_.back()->last_problem().empty())
       LogWarning(name + ": " + ports_.back()->last_problem());
   }
-  control_ = std::make_unique<ControlServer>(loop_, config_.socket, config_.group, *this);
+  // The map first: clients take the control socket's appearance as the sign that the daemon is
+  // ready, and a panel started then must find the ports.
   device_map_ = std::make_unique<DeviceMap>(registry_);
   std::string problem;
   if (!device_map_->Publish(config_.ports, &problem)) {
     throw std::runtime_error("device map in " + config_.hive + ": " + problem);
   }
+  control_ = std::make_unique<ControlServer>(loop_, config_.socket, config_.group, *this);
   LogInfo("serving " + std::to_string(ports_.size()) + " ports (" + ports_.front()->name() +
           " ... " + ports_.back()->name() + ") with links in " + config_.link_directory +
           ", control socket " + config_.socket + ", hive " + config_.hive);

@@ -113,4 +113,17 @@ bool PortKeyExists(registry::Registry& reg, std::string_view port_name) {
   return true;
 }
 
+bool PortValueExists(registry::Registry& reg, std::string_view port_name,
+                     std::string_view value_name) {
+  registry::HKey key = 0;
+  if (reg.OpenKeyEx(registry::kHKeyLocalMachine, KeyPath(kCompany, kProduct, port_name), 0,
+                    registry::kKeyRead, &key) != registry::kErrorSuccess) {
+    return false;
+  }
+  const bool exists =
+      reg.QueryValueEx(key, value_name, nullptr, nullptr, nullptr) == registry::kErrorSuccess;
+  reg.CloseKey(key);
+  return exists;
+}
+
 }  // namespace ketra

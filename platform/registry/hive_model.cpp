@@ -47,16 +47,17 @@ std::string FoldName(std::string_view name) {
 
 bool SplitKeyPath(std::string_view path, std::vector<std::string>* parts) {
   parts->clear();
-  if (path.empty()) return true;
+  // A path may not begin with a backslash; behind the first part, a run of backslashes
+  // separates like one and a trailing one ends nothing, as the platform's registry reads them.
+  if (!path.empty() && path.front() == '\\') return false;
   std::size_t start = 0;
-  for (;;) {
+  while (start < path.size()) {
     std::size_t end = path.find('\\', start);
-    std::string_view part = path.substr(start, end == std::string_view::npos ? end : end - start);
-    if (part.empty()) return false;
-    parts->emplace_back(part);
-    if (end == std::string_view::npos) return true;
+    if (end == std::string_view::npos) end = path.size();
+    if (end > start) parts->emplace_back(path.substr(start, end - start));
     start = end + 1;
   }
+  return true;
 }
 
 void HiveModel::Clear() {

@@ -27,8 +27,9 @@ inline constexpr KeyId kRootKeyId = 1;
 std::string FoldName(std::string_view name);
 void FoldNameInto(std::string_view name, std::string* folded);
 
-// Splits a key path at backslashes. False when a part is empty (a backslash at the start or the
-// end, or two in a row); an empty path gives no parts.
+// Splits a key path at backslashes. False when the path begins with a backslash; behind that a
+// doubled backslash counts as one and a trailing one is dropped ("A\\\\B\\" is A, B). An empty
+// path gives no parts.
 bool SplitKeyPath(std::string_view path, std::vector<std::string>* parts);
 
 struct HiveValue {

@@ -186,6 +186,11 @@ Status ModelRegistry::QueryValueEx(HKey handle, std::string_view value_name, std
     return kErrorMoreData;
   }
   if (size > 0) std::memcpy(data, value->data.data(), size);
+  // The platform ends a text read back with a NUL when the stored text lacks one and there is
+  // room for it.
+  if (value->type == kRegSz && size > 0 && value->data.back() != 0 && size < *data_length) {
+    data[size] = 0;
+  }
   *data_length = size;
   return kErrorSuccess;
 }
