@@ -10,6 +10,7 @@
 #include <QTimer>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -65,7 +66,7 @@ int SaveScreenshots(ketra::window::FormView& view, const ketra::forms::Form& for
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   if (!HasDisplay()) {
     std::fputs(
         "ketra: no display found. Run it under a desktop session, or use ketra-session for a "
@@ -127,4 +128,11 @@ int main(int argc, char** argv) {
     });
   }
   return QApplication::exec();
+} catch (const std::exception& error) {
+  // Nothing below main handles it: say what stopped the program instead of aborting.
+  std::cerr << "ketra: stopped by an unexpected error: " << error.what() << '\n';
+  return 1;
+} catch (...) {
+  std::cerr << "ketra: stopped by an unexpected error\n";
+  return 1;
 }

@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
+#include <exception>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -67,7 +68,7 @@ int Import(ketra::registry::Registry& reg, const std::string& file) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   CLI::App app{"Reads and writes the Ketra hive file in the REGEDIT4 text form."};
   app.fallthrough();
   std::string hive = ketra::registry::DefaultHivePath();
@@ -86,4 +87,11 @@ int main(int argc, char** argv) {
   auto reg = ketra::registry::OpenSqliteHive(hive);
   if (*export_command) return Export(*reg, key);
   return Import(*reg, file);
+} catch (const std::exception& error) {
+  // Nothing below main handles it: say what stopped the program instead of aborting.
+  std::cerr << "ketra-reg: stopped by an unexpected error: " << error.what() << '\n';
+  return 1;
+} catch (...) {
+  std::cerr << "ketra-reg: stopped by an unexpected error\n";
+  return 1;
 }
