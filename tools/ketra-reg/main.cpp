@@ -13,7 +13,9 @@
 
 #include "platform/registry/hive_location.h"
 #include "platform/registry/sqlite_hive.h"
-#include "tools/ketra-reg/reg_text.h"
+#include "tools/ketra-reg/reg_apply.h"
+#include "tools/ketra-reg/reg_export.h"
+#include "tools/ketra-reg/reg_parse.h"
 
 namespace {
 
