@@ -14,6 +14,7 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <iterator>
 
@@ -75,7 +76,9 @@ constexpr StatementText kStatements[] = {
     {kReadKey, "SELECT parent, name FROM hive_key WHERE id = ?1"},
     {kReadChild, "SELECT id, name FROM hive_key WHERE parent = ?1 AND fold = ?2"},
     {kReadChildren, "SELECT id, name FROM hive_key WHERE parent = ?1"},
-    {kReadValues, "SELECT name, type, data FROM hive_value WHERE key = ?1 ORDER BY seq"},
+    // Unsorted: a sort in SQLite costs more than the rest of the query; the few values of a key
+    // are put in order here.
+    {kReadValues, "SELECT name, type, data, seq FROM hive_value WHERE key = ?1"},
     {kInsertKey,
      "INSERT INTO hive_key (parent, name, fold) VALUES (?1, ?2, ?3)"
      " ON CONFLICT (parent, fold) DO NOTHING"},
@@ -507,15 +510,22 @@ Status SqliteStore::ReadValues(KeyId key, std::vector<HiveValue>* values) {
   if (stmt == nullptr) return Fail(kErrorBadDb);
   ResetOnExit reset(stmt);
   sqlite3_bind_int64(stmt, 1, key);
+  std::vector<std::pair<std::int64_t, HiveValue>> rows;
   int rc = SQLITE_OK;
   while ((rc = sqlite3_step(stmt)) == SQLITE_ROW) {
-    HiveValue& value = values->emplace_back();
+    HiveValue value;
     value.name = ColumnText(stmt, 0);
     value.type = static_cast<std::uint32_t>(sqlite3_column_int64(stmt, 1));
     const auto* bytes = static_cast<const std::uint8_t*>(sqlite3_column_blob(stmt, 2));
     if (bytes != nullptr) value.data.assign(bytes, bytes + sqlite3_column_bytes(stmt, 2));
+    rows.emplace_back(sqlite3_column_int64(stmt, 3), std::move(value));
   }
-  return rc == SQLITE_DONE ? kErrorSuccess : Fail(StatusOf(rc));
+  if (rc != SQLITE_DONE) return Fail(StatusOf(rc));
+  std::sort(rows.begin(), rows.end(),
+            [](const auto& a, const auto& b) { return a.first < b.first; });
+  values->reserve(rows.size());
+  for (auto& row : rows) values->push_back(std::move(row.second));
+  return kErrorSuccess;
 }
 
 Status SqliteStore::BeginWrite() {
