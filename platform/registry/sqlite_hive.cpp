@@ -11,11 +11,14 @@
 // (synchronous=FULL): it is a save of the user's settings as a whole.
 #include "platform/registry/sqlite_hive.h"
 
+#include <fcntl.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <iterator>
 
 #include "platform/registry/model_registry.h"
@@ -207,7 +210,10 @@ class SqliteStore : public HiveStore {
   void Rollback() override;
 
  private:
+  // Open, and one line on standard error the first time the hive proves unusable.
   Status Connect(bool for_write);
+  Status Open(bool for_write);
+  void ReportUnusable(const std::string& cause);
   Status CheckSchema(bool for_write);
   Status CreateSchema();
   // True when there is a hive to read from; false (nothing to read) when the file is missing or
@@ -245,6 +251,8 @@ class SqliteStore : public HiveStore {
   WalChangeWatch watch_;            // marks the log state that the model matches
   WalChangeWatch::Header before_commit_{};
   bool have_before_commit_ = false;
+  bool foreign_ = false;   // the file is another program's database
+  bool reported_ = false;  // the line on standard error is written
 };
 
 void SqliteStore::Disconnect() {
@@ -307,6 +315,37 @@ Status SqliteStore::QueryInt(const char* sql, std::int64_t* value) {
 }
 
 Status SqliteStore::Connect(bool for_write) {
+  const Status status = Open(for_write);
+  if (status == kErrorBadDb) {
+    ReportUnusable(foreign_ ? "another program's file (not a Ketra hive)"
+                            : "corrupt (damaged, or not an SQLite database)");
+  } else if (status == kErrorAccessDenied) {
+    ReportUnusable("no permission");
+  } else if (status == kErrorFileNotFound && !path_.empty()) {
+    // A hive not made yet is a fresh start; a path that cannot be reached is worth a line.
+    struct stat info {};
+    const int error = ::stat(path_.c_str(), &info) == 0 ? 0 : errno;
+    if (error == EACCES) ReportUnusable("no permission");
+    if (error == ENOENT || error == ENOTDIR) {
+      const std::string directory = path_.substr(0, path_.find_last_of('/') + 1);
+      if (!directory.empty() && ::stat(directory.c_str(), &info) != 0) {
+        ReportUnusable("path missing (no directory " + directory + ")");
+      }
+    }
+  }
+  return status;
+}
+
+void SqliteStore::ReportUnusable(const std::string& cause) {
+  if (reported_) return;
+  reported_ = true;
+  // One line, as a system log would have it; the caller shows its own message as well.
+  const std::string line =
+      std::string(program_invocation_short_name) + ": hive " + path_ + ": " + cause + "\n";
+  std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
+Status SqliteStore::Open(bool for_write) {
   if (db_) {
     if (schema_ready_ || !for_write) return kErrorSuccess;
     return Fail(CheckSchema(true));
@@ -316,6 +355,14 @@ Status SqliteStore::Connect(bool for_write) {
   if (for_write) {
     Status status = MakeParentDirectories(path_);
     if (status != kErrorSuccess) return status;
+    // The hive is shared by a group (the service's): made 0660 whatever the umask, so a daemon
+    // run by hand gives the group the access the service gives it. SQLite gives its -wal and
+    // -shm files the mode of the main file.
+    const int fd = ::open(path_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0660);
+    if (fd >= 0) {
+      ::fchmod(fd, 0660);
+      ::close(fd);
+    }
   }
   sqlite3* raw = nullptr;
   const int flags =
@@ -325,7 +372,9 @@ Status SqliteStore::Connect(bool for_write) {
   if (rc != SQLITE_OK) {
     Disconnect();
     if ((rc & 0xFF) == SQLITE_CANTOPEN) {
-      return for_write ? kErrorAccessDenied : kErrorFileNotFound;
+      return for_write || (::access(path_.c_str(), R_OK) != 0 && errno == EACCES)
+                 ? kErrorAccessDenied
+                 : kErrorFileNotFound;
     }
     return StatusOf(rc);
   }
@@ -348,13 +397,15 @@ Status SqliteStore::CheckSchema(bool for_write) {
     std::int64_t objects = 0;
     status = QueryInt("SELECT count(*) FROM sqlite_master", &objects);
     if (status != kErrorSuccess) return status;
-    if (objects != 0) return kErrorBadDb;  // someone else's database
+    foreign_ = objects != 0;
+    if (foreign_) return kErrorBadDb;  // someone else's database
     // An empty file reads as an empty hive; the tables come with the first write.
     if (!for_write) return kErrorSuccess;
     if (read_only_) return kErrorAccessDenied;
     status = CreateSchema();
     if (status != kErrorSuccess) return status;
   } else if (application_id != kApplicationId) {
+    foreign_ = true;
     return kErrorBadDb;
   }
   std::int64_t version = 0;

@@ -12,7 +12,9 @@
 #include "platform/device/vspd_device.h"
 #include "platform/device/vspd_socket_path.h"
 #include "platform/forms/app.h"
+#include "platform/registry/hive_location.h"
 #include "platform/registry/sqlite_hive.h"
+#include "platform/runtime/build_info.h"
 #include "platform/runtime/text_file.h"
 #include "tools/ketra-session/session.h"
 
@@ -39,19 +41,25 @@ class ForcedPrevInstance : public ketra::forms::AppServices {
 
 int main(int argc, char** argv) {
   CLI::App cli{"Runs one session of the Ketra panel on the headless form engine."};
+  cli.set_version_flag("--version", "ketra-session " KETRA_VERSION);
   std::string hive;
   std::string app_path;
   std::string prev_instance;
   std::string driver = "scripted";
   std::string script;
-  cli.add_option("--hive", hive, "the hive file that stands in for the registry")->required();
+  cli.add_option("--hive", hive, "the hive file (default: the user's, else the system's)");
   cli.add_option("--app-path", app_path, "the program's own directory (default: the executable's)");
   cli.add_option("--prev-instance", prev_instance, "force the single-instance test's answer")
       ->check(CLI::IsMember({"yes", "no"}));
   cli.add_option("--driver", driver, "scripted stand-in or the machine's driver daemon")
       ->check(CLI::IsMember({"scripted", "system"}));
   cli.add_option("SCRIPT", script, "a file of commands (default: standard input)");
-  CLI11_PARSE(cli, argc, argv);
+  try {
+    cli.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return cli.exit(error) == 0 ? 0 : 2;
+  }
+  if (hive.empty()) hive = ketra::registry::DefaultHivePath();
 
   std::ifstream script_file;
   if (!script.empty()) {
