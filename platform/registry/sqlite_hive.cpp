@@ -11,15 +11,14 @@
 // (synchronous=FULL): it is a save of the user's settings as a whole.
 #include "platform/registry/sqlite_hive.h"
 
-#include <fcntl.h>
 #include <sqlite3.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <iterator>
 
+#include "platform/registry/hive_files.h"
 #include "platform/registry/model_registry.h"
 #include "platform/registry/sqlite_owners.h"
 #include "platform/registry/wal_change_watch.h"
@@ -78,7 +77,9 @@ constexpr StatementText kStatements[] = {
     {kReadKey, "SELECT parent, name FROM hive_key WHERE id = ?1"},
     {kReadChild, "SELECT id, name FROM hive_key WHERE parent = ?1 AND fold = ?2"},
     {kReadChildren, "SELECT id, name FROM hive_key WHERE parent = ?1"},
-    {kReadValues, "SELECT name, type, data FROM hive_value WHERE key = ?1 ORDER BY seq"},
+    // Unsorted: a sort in SQLite costs more than the rest of the query; the few values of a key
+    // are put in order here.
+    {kReadValues, "SELECT name, type, data, seq FROM hive_value WHERE key = ?1"},
     {kInsertKey,
      "INSERT INTO hive_key (parent, name, fold) VALUES (?1, ?2, ?3)"
      " ON CONFLICT (parent, fold) DO NOTHING"},
@@ -128,23 +129,6 @@ Status StatusOf(int rc) {
     default:
       return kErrorRegistryIoFailed;
   }
-}
-
-bool FileExists(const std::string& path) {
-  struct stat info;
-  return ::stat(path.c_str(), &info) == 0;
-}
-
-// Makes every missing directory above `path`.
-Status MakeParentDirectories(const std::string& path) {
-  for (std::size_t slash = path.find('/', 1); slash != std::string::npos;
-       slash = path.find('/', slash + 1)) {
-    const std::string dir = path.substr(0, slash);
-    if (::mkdir(dir.c_str(), 0755) == 0 || errno == EEXIST) continue;
-    return errno == EACCES || errno == EPERM || errno == EROFS ? kErrorAccessDenied
-                                                               : kErrorRegistryIoFailed;
-  }
-  return kErrorSuccess;
 }
 
 // Binds a byte run as a blob; an empty run stays an empty blob rather than NULL.
@@ -320,15 +304,7 @@ Status SqliteStore::Connect(bool for_write) {
     ReportUnusable("no permission");
   } else if (status == kErrorFileNotFound && !path_.empty()) {
     // A hive not made yet is a fresh start; a path that cannot be reached is worth a line.
-    struct stat info {};
-    const int error = ::stat(path_.c_str(), &info) == 0 ? 0 : errno;
-    if (error == EACCES) ReportUnusable("no permission");
-    if (error == ENOENT || error == ENOTDIR) {
-      const std::string directory = path_.substr(0, path_.find_last_of('/') + 1);
-      if (!directory.empty() && ::stat(directory.c_str(), &info) != 0) {
-        ReportUnusable("path missing (no directory " + directory + ")");
-      }
-    }
+    if (const std::string why = WhyHiveIsMissing(path_); !why.empty()) ReportUnusable(why);
   }
   return status;
 }
@@ -348,18 +324,13 @@ Status SqliteStore::Open(bool for_write) {
     return Fail(CheckSchema(true));
   }
   if (path_.empty()) return for_write ? kErrorRegistryIoFailed : kErrorFileNotFound;
-  if (!for_write && !FileExists(path_)) return kErrorFileNotFound;
+  if (!for_write && !HiveFileExists(path_)) return kErrorFileNotFound;
   if (for_write) {
-    Status status = MakeParentDirectories(path_);
+    Status status = MakeHiveDirectories(path_);
     if (status != kErrorSuccess) return status;
     // The hive is shared by a group (the service's): made 0660 whatever the umask, so a daemon
-    // run by hand gives the group the access the service gives it. SQLite gives its -wal and
-    // -shm files the mode of the main file.
-    const int fd = ::open(path_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0660);
-    if (fd >= 0) {
-      ::fchmod(fd, 0660);
-      ::close(fd);
-    }
+    // run by hand gives the group the access the service gives it.
+    CreateSharedHiveFile(path_);
   }
   sqlite3* raw = nullptr;
   const int flags =
@@ -369,9 +340,7 @@ Status SqliteStore::Open(bool for_write) {
   if (rc != SQLITE_OK) {
     Disconnect();
     if ((rc & 0xFF) == SQLITE_CANTOPEN) {
-      return for_write || (::access(path_.c_str(), R_OK) != 0 && errno == EACCES)
-                 ? kErrorAccessDenied
-                 : kErrorFileNotFound;
+      return for_write || HiveFileReadDenied(path_) ? kErrorAccessDenied : kErrorFileNotFound;
     }
     return StatusOf(rc);
   }
@@ -558,15 +527,22 @@ Status SqliteStore::ReadValues(KeyId key, std::vector<HiveValue>* values) {
   if (stmt == nullptr) return Fail(kErrorBadDb);
   ResetOnExit reset(stmt);
   sqlite3_bind_int64(stmt, 1, key);
+  std::vector<std::pair<std::int64_t, HiveValue>> rows;
   int rc = SQLITE_OK;
   while ((rc = sqlite3_step(stmt)) == SQLITE_ROW) {
-    HiveValue& value = values->emplace_back();
+    HiveValue value;
     value.name = ColumnText(stmt, 0);
     value.type = static_cast<std::uint32_t>(sqlite3_column_int64(stmt, 1));
     const auto* bytes = static_cast<const std::uint8_t*>(sqlite3_column_blob(stmt, 2));
     if (bytes != nullptr) value.data.assign(bytes, bytes + sqlite3_column_bytes(stmt, 2));
+    rows.emplace_back(sqlite3_column_int64(stmt, 3), std::move(value));
   }
-  return rc == SQLITE_DONE ? kErrorSuccess : Fail(StatusOf(rc));
+  if (rc != SQLITE_DONE) return Fail(StatusOf(rc));
+  std::sort(rows.begin(), rows.end(),
+            [](const auto& a, const auto& b) { return a.first < b.first; });
+  values->reserve(rows.size());
+  for (auto& row : rows) values->push_back(std::move(row.second));
+  return kErrorSuccess;
 }
 
 Status SqliteStore::BeginWrite() {
