@@ -3,6 +3,7 @@
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/signalfd.h>
+#include <sys/stat.h>
 #include <sys/timerfd.h>
 #include <unistd.h>
 
@@ -53,8 +54,9 @@ void RaiseDescriptorLimit(std::size_t ports) {
 
 net::Fd LockHive(const std::string& hive) {
   const std::string path = hive + ".vspd-lock";
-  net::Fd fd(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644));
+  net::Fd fd(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0660));
   if (!fd) throw std::runtime_error("cannot open " + path + ": " + std::strerror(errno));
+  ::fchmod(fd.get(), 0660);  // the group's, as the hive is, whatever the umask
   if (::flock(fd.get(), LOCK_EX | LOCK_NB) != 0) {
     throw std::runtime_error("another daemon serves the hive " + hive + " (lock " + path + ")");
   }
@@ -115,7 +117,10 @@ Daemon::Daemon(const DaemonConfig& config, registry::Registry& registry, Service
   ::timerfd_settime(timer_.get(), 0, &every_second, nullptr);
   loop_.Add(timer_.get(), kReadable, [this](std::uint32_t) { OnTick(); });
 
-  EnsureDirectory(config_.link_directory);
+  EnsureOwnDirectory(config_.link_directory);
+  if (const auto slash = config_.socket.rfind('/'); slash != std::string::npos && slash > 0) {
+    EnsureOwnDirectory(config_.socket.substr(0, slash));
+  }
   PortOptions options;
   options.link_directory = config_.link_directory;
   options.bind_address = config_.bind_address;
