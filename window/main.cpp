@@ -12,6 +12,7 @@
 #include <QTimer>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -70,7 +71,7 @@ int SaveScreenshots(ketra::window::FormView& view, const ketra::forms::Form& for
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   // The command line comes first, so that --help, --version and mistakes need no display.
   CLI::App cli{"ketra: the Ketra virtual serial port control panel."};
   cli.set_version_flag("--version", "ketra " KETRA_VERSION);
@@ -144,4 +145,11 @@ int main(int argc, char** argv) {
     });
   }
   return QApplication::exec();
+} catch (const std::exception& error) {
+  // Nothing below main handles it: say what stopped the program instead of aborting.
+  std::cerr << "ketra: stopped by an unexpected error: " << error.what() << '\n';
+  return 1;
+} catch (...) {
+  std::cerr << "ketra: stopped by an unexpected error\n";
+  return 1;
 }

@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
+#include <exception>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -17,7 +18,9 @@
 #include "platform/registry/hive_location.h"
 #include "platform/registry/sqlite_hive.h"
 #include "platform/runtime/build_info.h"
-#include "tools/ketra-reg/reg_text.h"
+#include "tools/ketra-reg/reg_apply.h"
+#include "tools/ketra-reg/reg_export.h"
+#include "tools/ketra-reg/reg_parse.h"
 
 namespace {
 
@@ -72,7 +75,7 @@ int Import(ketra::registry::Registry& reg, const std::string& file) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   CLI::App app{"Reads and writes the Ketra hive file in the REGEDIT4 text form."};
   app.set_version_flag("--version", "ketra-reg " KETRA_VERSION);
   app.fallthrough();
@@ -107,4 +110,11 @@ int main(int argc, char** argv) {
   auto reg = ketra::registry::OpenSqliteHive(hive);
   if (*export_command) return Export(*reg, key);
   return Import(*reg, file);
+} catch (const std::exception& error) {
+  // Nothing below main handles it: say what stopped the program instead of aborting.
+  std::cerr << "ketra-reg: stopped by an unexpected error: " << error.what() << '\n';
+  return 1;
+} catch (...) {
+  std::cerr << "ketra-reg: stopped by an unexpected error\n";
+  return 1;
 }

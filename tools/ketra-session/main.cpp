@@ -1,6 +1,7 @@
 // ketra-session: runs one program session on the headless form engine from a script or standard
 // input and prints what happens as JSON Lines. The command language and the output forms are
 // the session protocol; this file only wires the machine's services together.
+#include <exception>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -39,7 +40,7 @@ class ForcedPrevInstance : public ketra::forms::AppServices {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   CLI::App cli{"Runs one session of the Ketra panel on the headless form engine."};
   cli.set_version_flag("--version", "ketra-session " KETRA_VERSION);
   std::string hive;
@@ -86,4 +87,11 @@ int main(int argc, char** argv) {
       ketra::session::Environment{*registry, *app, *files, system_device.get()}, std::cout);
   session.Run(script.empty() ? std::cin : script_file);
   return 0;
+} catch (const std::exception& error) {
+  // Nothing below main handles it: say what stopped the program instead of aborting.
+  std::cerr << "ketra-session: stopped by an unexpected error: " << error.what() << '\n';
+  return 1;
+} catch (...) {
+  std::cerr << "ketra-session: stopped by an unexpected error\n";
+  return 1;
 }
