@@ -3,6 +3,7 @@
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/signalfd.h>
+#include <sys/stat.h>
 #include <sys/timerfd.h>
 #include <unistd.h>
 
@@ -50,8 +51,9 @@ void RaiseDescriptorLimit(std::size_t ports) {
 
 net::Fd LockHive(const std::string& hive) {
   const std::string path = hive + ".vspd-lock";
-  net::Fd fd(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644));
+  net::Fd fd(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0660));
   if (!fd) throw std::runtime_error("cannot open " + path + ": " + std::strerror(errno));
+  ::fchmod(fd.get(), 0660);  // the group's, as the hive is, whatever the umask
   if (::flock(fd.get(), LOCK_EX | LOCK_NB) != 0) {
     throw std::runtime_error("another daemon serves the hive " + hive + " (lock " + path + ")");
   }
@@ -82,25 +84,30 @@ Daemon::Daemon(const DaemonConfig& config, registry::Registry& registry)
   ::timerfd_settime(timer_.get(), 0, &every_second, nullptr);
   loop_.Add(timer_.get(), kReadable, [this](std::uint32_t) { OnTick(); });
 
-  EnsureDirectory(config_.link_directory);
+  EnsureOwnDirectory(config_.link_directory);
+  if (const auto slash = config_.socket.rfind('/'); slash != std::string::npos && slash > 0) {
+    EnsureOwnDirectory(config_.socket.substr(0, slash));
+  }
   PortOptions options;
   options.link_directory = config_.link_directory;
-  options.group = config_.group;
   options.bind_address = config_.bind_address;
   options.max_datagram = config_.max_datagram;
   for (const std::string& name : config_.ports) {
-    ports_.push_back(std::make_unique<VirtualPort>(loop_, name, options));
-    if (!ports_.back()->last_problem().empty())
-      LogWarning(name + ": " + ports_.back()->last_problem());
+    std::string warning;
+    auto io = OpenPosixPortIo(config_.group, &warning);
+    if (!warning.empty()) LogWarning(name + ": " + warning);
+    ports_.push_back(std::make_unique<VirtualPort>(loop_, name, std::move(io), options));
   }
-  // The map first: clients take the control socket's appearance as the sign that the daemon is
-  // ready, and a panel started then must find the ports.
+  // The socket listens under a temporary name until the map is written: clients take the
+  // control socket's appearance as the sign that the daemon is ready, and a panel started then
+  // must find the ports.
+  control_ = std::make_unique<ControlServer>(loop_, config_.socket, config_.group, *this);
   device_map_ = std::make_unique<DeviceMap>(registry_);
   std::string problem;
   if (!device_map_->Publish(config_.ports, &problem)) {
     throw std::runtime_error("device map in " + config_.hive + ": " + problem);
   }
-  control_ = std::make_unique<ControlServer>(loop_, config_.socket, config_.group, *this);
+  control_->Publish();
   LogInfo("serving " + std::to_string(ports_.size()) + " ports (" + ports_.front()->name() +
           " ... " + ports_.back()->name() + ") with links in " + config_.link_directory +
           ", control socket " + config_.socket + ", hive " + config_.hive);

@@ -21,6 +21,14 @@ int main(int argc, char** argv) {
     return exit_code;
   }
   const vspd::DaemonConfig& config = invocation->config;
+  if (invocation->action != vspd::Action::kRun) {
+    // Say why the daemon cannot be reached: a user outside the service's group is told so.
+    if (const std::string problem = device::DescribeVspdSocketProblem(config.socket);
+        !problem.empty()) {
+      std::cerr << "ketra-vspd: " << problem << "\n";
+      return 1;
+    }
+  }
   switch (invocation->action) {
     case vspd::Action::kStatus:
       return vspd::RunStatus(config.socket, invocation->json, std::cout, std::cerr);

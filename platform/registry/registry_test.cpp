@@ -171,6 +171,17 @@ TYPED_TEST(RegistryTest, NamesCompareWithoutCaseAndKeepTheirFirstCase) {
   this->Set(key, "\xE9", kRegNone, "a");
   this->Set(key, "\xC9", kRegNone, "b");
   EXPECT_EQ(this->ValueNames(key), (std::vector<std::string>{"LocalPort", "\xE9", "\xC9"}));
+  // Past eight bytes, and the neighbours of the letters ('@' '[' '`' '{'), which do not fold.
+  this->Set(key, "Remote@[Port`{xyz", kRegNone, "c");
+  for (const auto& [name, found] :
+       std::vector<std::pair<std::string, bool>>{{"REMOTE@[PORT`{XYZ", true},
+                                                 {"remote@[port`{xyz", true},
+                                                 {"REMOTE`{PORT@[XYZ", false},
+                                                 {"Remote@[Port`{xy", false}}) {
+    std::uint32_t size = 0;
+    EXPECT_EQ(this->reg_->QueryValueEx(key, name, nullptr, nullptr, &size) == kErrorSuccess, found)
+        << name;
+  }
   HKey root = 0;
   ASSERT_EQ(this->reg_->OpenKey(kHKeyLocalMachine, "SOFTWARE\\TESSARON\\VSP", &root),
             kErrorSuccess);

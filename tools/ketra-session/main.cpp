@@ -1,6 +1,7 @@
 // ketra-session: runs one program session on the headless form engine from a script or standard
 // input and prints what happens as JSON Lines. The command language and the output forms are
 // the session protocol; this file only wires the machine's services together.
+#include <exception>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -12,7 +13,9 @@
 #include "platform/device/vspd_device.h"
 #include "platform/device/vspd_socket_path.h"
 #include "platform/forms/app.h"
+#include "platform/registry/hive_location.h"
 #include "platform/registry/sqlite_hive.h"
+#include "platform/runtime/build_info.h"
 #include "platform/runtime/text_file.h"
 #include "tools/ketra-session/session.h"
 
@@ -37,21 +40,27 @@ class ForcedPrevInstance : public ketra::forms::AppServices {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   CLI::App cli{"Runs one session of the Ketra panel on the headless form engine."};
+  cli.set_version_flag("--version", "ketra-session " KETRA_VERSION);
   std::string hive;
   std::string app_path;
   std::string prev_instance;
   std::string driver = "scripted";
   std::string script;
-  cli.add_option("--hive", hive, "the hive file that stands in for the registry")->required();
+  cli.add_option("--hive", hive, "the hive file (default: the user's, else the system's)");
   cli.add_option("--app-path", app_path, "the program's own directory (default: the executable's)");
   cli.add_option("--prev-instance", prev_instance, "force the single-instance test's answer")
       ->check(CLI::IsMember({"yes", "no"}));
   cli.add_option("--driver", driver, "scripted stand-in or the machine's driver daemon")
       ->check(CLI::IsMember({"scripted", "system"}));
   cli.add_option("SCRIPT", script, "a file of commands (default: standard input)");
-  CLI11_PARSE(cli, argc, argv);
+  try {
+    cli.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return cli.exit(error) == 0 ? 0 : 2;
+  }
+  if (hive.empty()) hive = ketra::registry::DefaultHivePath();
 
   std::ifstream script_file;
   if (!script.empty()) {
@@ -78,4 +87,11 @@ int main(int argc, char** argv) {
       ketra::session::Environment{*registry, *app, *files, system_device.get()}, std::cout);
   session.Run(script.empty() ? std::cin : script_file);
   return 0;
+} catch (const std::exception& error) {
+  // Nothing below main handles it: say what stopped the program instead of aborting.
+  std::cerr << "ketra-session: stopped by an unexpected error: " << error.what() << '\n';
+  return 1;
+} catch (...) {
+  std::cerr << "ketra-session: stopped by an unexpected error\n";
+  return 1;
 }
