@@ -1,7 +1,8 @@
 // ketra: the control panel's window. The program instance runs on the headless form engine with
 // the machine's hive, driver daemon and files; FormView draws it with Qt and passes the user's
 // actions back as the engine's user operations. Everything runs on the GUI thread, the form
-// engine's one thread: the load first, then the window built from the loaded form.
+// engine's one thread: the load first, then the window built from the loaded form; only Qt's
+// font database is filled on a second thread meanwhile (FontWarmUp).
 //
 //   ketra [--hive PATH] [--socket PATH] [--screenshot-dir DIR] [--exit-after-first-frame]
 //   ketra --help | --version
@@ -28,6 +29,7 @@
 #include "platform/runtime/text_file.h"
 #include "window/app_icon.h"
 #include "window/first_frame.h"
+#include "window/font_warm_up.h"
 #include "window/form_view.h"
 #include "window/lamp_pictures.h"
 #include "window/qt_message_boxes.h"
@@ -109,6 +111,9 @@ int main(int argc, char** argv) try {
   QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
   QApplication::setWindowIcon(ketra::window::KetraIcon());
 
+  // The font database, which the window's first text measurement needs, fills while the load
+  // runs.
+  ketra::window::FontWarmUp font_warm_up;
   ketra::window::QtMessageBoxes qt_boxes;
   const auto program = std::make_unique<ketra::Program>(
       ketra::Platform{*registry, *device, *services, *files, qt_boxes});
@@ -121,6 +126,7 @@ int main(int argc, char** argv) try {
     return 1;
   }
 
+  font_warm_up.Wait();
   ketra::window::FormView view(program->form(), ketra::window::LampPictures());
   qt_boxes.SetParent(&view);
   QObject::connect(&view, &ketra::window::FormView::programEnded, &app,
