@@ -1,8 +1,10 @@
 // Accessible interfaces for the option buttons and the tab strip.
 #include "window/accessibility.h"
 
+#include <QAbstractItemView>
 #include <QAccessible>
 #include <QAccessibleWidget>
+#include <QComboBox>
 #include <QPointer>
 #include <QRadioButton>
 #include <QWidget>
@@ -54,6 +56,40 @@ class OptionInterface : public QAccessibleWidget {
 
  private:
   QRadioButton* button() const { return static_cast<QRadioButton*>(widget()); }
+};
+
+// The drop-down list: named by its label, its value the entry shown. (Qt names a list by the
+// entry it shows on Linux, where a label's relation is meant to name it.)
+class ListInterface : public QAccessibleWidget {
+ public:
+  explicit ListInterface(QComboBox* box) : QAccessibleWidget(box, QAccessible::ComboBox) {}
+
+  QString text(QAccessible::Text t) const override {
+    if (t == QAccessible::Value) return box()->currentText();
+    if (t == QAccessible::Name && widget()->accessibleName().isEmpty()) {
+      return box()->currentText();
+    }
+    return QAccessibleWidget::text(t);
+  }
+  QAccessible::State state() const override {
+    QAccessible::State state = QAccessibleWidget::state();
+    state.expandable = true;
+    state.expanded = box()->view()->isVisible();
+    return state;
+  }
+  QStringList actionNames() const override {
+    return QStringList{showMenuAction()} + QAccessibleWidget::actionNames();
+  }
+  void doAction(const QString& action) override {
+    if (action == showMenuAction()) {
+      box()->showPopup();  // a choice in the list goes to the engine like any other
+    } else {
+      QAccessibleWidget::doAction(action);
+    }
+  }
+
+ private:
+  QComboBox* box() const { return static_cast<QComboBox*>(widget()); }
 };
 
 // One tab of the strip. It is no widget, so it holds the strip and its own index.
@@ -154,6 +190,9 @@ class PageTabListInterface : public QAccessibleWidget {
 QAccessibleInterface* Factory(const QString&, QObject* object) {
   if (auto* option = dynamic_cast<OptionButton*>(object)) return new OptionInterface(option);
   if (auto* strip = dynamic_cast<TabStrip*>(object)) return new PageTabListInterface(strip);
+  if (auto* box = qobject_cast<QComboBox*>(object); box && !box->isEditable()) {
+    return new ListInterface(box);
+  }
   return nullptr;
 }
 

@@ -449,14 +449,18 @@ void FormView::ApplyFocus() {
     }
   }
   shown_focus_ = focus;
-  // The style draws its focus indicator only after the keyboard moved the focus; here it is
+  if (focusWidget() != target || (target == this && !hasFocus())) {
+    const bool outer = applying_;
+    applying_ = true;
+    target->setFocus(Qt::OtherFocusReason);
+    applying_ = outer;
+  }
+  // The style draws its focus indicator only once the keyboard has moved the focus; here it is
   // drawn whenever a control has the focus, however it came there.
-  window()->setAttribute(Qt::WA_KeyboardFocusChange);
-  if (focusWidget() == target && (target != this || hasFocus())) return;
-  const bool outer = applying_;
-  applying_ = true;
-  target->setFocus(Qt::OtherFocusReason);
-  applying_ = outer;
+  if (!window()->testAttribute(Qt::WA_KeyboardFocusChange)) {
+    window()->setAttribute(Qt::WA_KeyboardFocusChange);
+    if (QWidget* focused = focusWidget()) focused->update();
+  }
 }
 
 // --- Widgets to engine. ---
