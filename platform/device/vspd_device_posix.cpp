@@ -12,13 +12,13 @@
 
 #include "platform/device/vspd_device.h"
 #include "platform/device/vspd_protocol.h"
-#include "platform/net/fd.h"
 #include "platform/runtime/build_info.h"
+#include "platform/runtime/fd.h"
 
 namespace ketra::device {
 namespace {
 
-using net::Fd;
+using runtime::Fd;
 
 // The daemon is trusted when it runs as root, as the service user or as this user; a socket
 // served by anyone else could be a stranger's trap for what the panel sends.
