@@ -8,6 +8,7 @@
 #include "daemon/daemon_config.h"
 #include "daemon/log.h"
 #include "daemon/port_link.h"
+#include "daemon/service_manager.h"
 #include "platform/device/vspd_device.h"
 #include "platform/registry/sqlite_hive.h"
 
@@ -48,7 +49,8 @@ int main(int argc, char** argv) {
       vspd::EnsureDirectory(config.hive.substr(0, slash));
     }
     auto registry = registry::OpenSqliteHive(config.hive);
-    vspd::Daemon daemon(config, *registry);
+    const auto service = vspd::MakeSystemdServiceManager();
+    vspd::Daemon daemon(config, *registry, *service);
     if (config.connect_enabled) daemon.ConnectEnabledPorts();
     daemon.Run();
   } catch (const std::exception& error) {

@@ -57,6 +57,8 @@ class FormView : public QWidget {
 
   // The user shows a page of the tab control, as a click on its tab does.
   void ShowPageAsUser(int page);
+  // The user presses a key on a control, as from the keyboard.
+  void PressAsUser(forms::ControlId id, forms::Key key);
 
  signals:
   // The program ended: the form was unloaded. The window has hidden itself.
@@ -78,6 +80,9 @@ class FormView : public QWidget {
   void Build();
   QWidget* Create(forms::ControlId id, QWidget* parent);
   QWidget* ParentFor(const forms::Control& control) const;
+  // Names each control for assistive tools by the caption of its label in the layout.
+  void NameForAssistiveTools();
+  QString LabelCaption(const forms::Control& control) const;  // without its access-key mark
 
   // Runs one user operation: catches the end of the program and failures, then shows the
   // engine's state again over whatever Qt changed on its own, and runs ticks that came while a

@@ -1,7 +1,9 @@
 // ketra: the control panel's window. The program instance runs on the headless form engine with
 // the machine's hive, driver daemon and files; FormView draws it with Qt and passes the user's
 // actions back as the engine's user operations. Everything runs on the GUI thread, the form
-// engine's one thread: the load first, then the window built from the loaded form.
+// engine's one thread: the load first, then the window built from the loaded form. Two things
+// overlap with it on a second thread: the hive is read ahead while Qt opens the display
+// (ReadAhead), and Qt's font database fills while the load runs (FontWarmUp).
 //
 //   ketra [--hive PATH] [--socket PATH] [--screenshot-dir DIR] [--exit-after-first-frame]
 //   ketra --help | --version
@@ -15,10 +17,12 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <thread>
 
 #include <CLI/CLI.hpp>
 
 #include "config_appl/model/program.h"
+#include "config_appl/store/read_ahead.h"
 #include "platform/device/vspd_device.h"
 #include "platform/device/vspd_socket_path.h"
 #include "platform/forms/app.h"
@@ -28,6 +32,7 @@
 #include "platform/runtime/text_file.h"
 #include "window/app_icon.h"
 #include "window/first_frame.h"
+#include "window/font_warm_up.h"
 #include "window/form_view.h"
 #include "window/lamp_pictures.h"
 #include "window/qt_message_boxes.h"
@@ -47,6 +52,11 @@ bool HasDisplay() {
 int SaveScreenshots(ketra::window::FormView& view, const ketra::forms::Form& form,
                     const QString& directory) {
   QDir().mkpath(directory);
+  // Only the active window shows a focus; a virtual display has no window manager to activate it.
+  view.activateWindow();
+  for (int wait = 0; wait < 100 && !view.isActiveWindow(); ++wait) {
+    QApplication::processEvents(QEventLoop::AllEvents, 20);
+  }
   for (ketra::forms::ControlId id = 0; id < form.size(); ++id) {
     const ketra::forms::Control& control = form.at(id);
     if (control.kind != ketra::forms::Kind::kTab) continue;
@@ -62,6 +72,21 @@ int SaveScreenshots(ketra::window::FormView& view, const ketra::forms::Form& for
       }
       std::cout << path.toStdString() << '\n';
     }
+    break;
+  }
+  // The focus on an option button, brought there from the keyboard: Space on the first option
+  // of the "Config" page, which is selected, so nothing else changes.
+  for (ketra::forms::ControlId id = 0; id < form.size(); ++id) {
+    if (form.at(id).kind != ketra::forms::Kind::kOption) continue;
+    view.ShowPageAsUser(0);
+    view.PressAsUser(id, ketra::forms::Key::kSpace);
+    QApplication::processEvents();
+    const QString path = QDir(directory).filePath(QStringLiteral("screenshot-focus.png"));
+    if (!view.grab().save(path, "PNG")) {
+      std::cerr << "ketra: cannot write " << path.toStdString() << '\n';
+      return 1;
+    }
+    std::cout << path.toStdString() << '\n';
     break;
   }
   return 0;
@@ -103,12 +128,19 @@ int main(int argc, char** argv) try {
   const std::unique_ptr<ketra::forms::AppServices> services = ketra::forms::MakePosixApp("", hive);
   const std::unique_ptr<ketra::runtime::FileSystem> files = ketra::runtime::MakePosixFileSystem();
 
+  // What the load reads from the hive is read while Qt opens the display; the registry is the
+  // thread's alone until it is joined, before the load.
+  std::jthread read_ahead([&registry] { ketra::ReadAhead(*registry); });
   QApplication app(argc, argv);
   // The application id: the desktop entry ketra.desktop that names this program and its icon.
   QGuiApplication::setDesktopFileName(QStringLiteral("ketra"));
   QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
   QApplication::setWindowIcon(ketra::window::KetraIcon());
 
+  // The font database, which the window's first text measurement needs, fills while the load
+  // runs.
+  ketra::window::FontWarmUp font_warm_up;
+  read_ahead.join();
   ketra::window::QtMessageBoxes qt_boxes;
   const auto program = std::make_unique<ketra::Program>(
       ketra::Platform{*registry, *device, *services, *files, qt_boxes});
@@ -121,6 +153,7 @@ int main(int argc, char** argv) try {
     return 1;
   }
 
+  font_warm_up.Wait();
   ketra::window::FormView view(program->form(), ketra::window::LampPictures());
   qt_boxes.SetParent(&view);
   QObject::connect(&view, &ketra::window::FormView::programEnded, &app,
