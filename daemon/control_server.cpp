@@ -65,15 +65,15 @@ wire::Record ExecuteControl(VirtualPort& port, std::uint32_t code, const wire::R
                             std::string* problem) {
   if (code == device::kIoctlVspDisconnect) {
     const std::uint8_t status = port.Disconnect();
-    if (status == kStatusReleaseFailed) *problem = port.last_problem();
+    if (status == device::kStatusReleaseFailed) *problem = port.last_problem();
     return Answer(input, status);
   }
   // Connect. A port that is connected says so whatever the record holds.
-  if (port.connected()) return Answer(input, kStatusAlreadyConnected);
+  if (port.connected()) return Answer(input, device::kStatusAlreadyConnected);
   const auto settings = SettingsFromRecord(input, problem);
-  if (!settings) return Answer(input, kStatusBadParameters);
+  if (!settings) return Answer(input, device::kStatusBadParameters);
   const std::uint8_t status = port.Connect(*settings);
-  if (status != kStatusConnected) *problem = port.last_problem();
+  if (status != device::kStatusConnected) *problem = port.last_problem();
   return Answer(input, status);
 }
 
@@ -292,7 +292,8 @@ wire::Reply ControlServer::Handle(Connection& connection, const wire::Request& r
     const wire::Record output = ExecuteControl(*port, ioctl->code, ioctl->input, &problem);
     const bool connect = ioctl->code == device::kIoctlVspConnect;
     std::string line = port->name() + (connect ? " connect " : " disconnect ") + Hex(ioctl->input) +
-                       " from " + connection.peer + ": Status " + std::to_string(output[11]);
+                       " from " + connection.peer + ": Status " +
+                       std::to_string(device::StatusOf(output));
     if (!problem.empty()) line += " (" + problem + ")";
     LogInfo(line);
     return wire::IoctlReply{wire::kErrorSuccess, output};

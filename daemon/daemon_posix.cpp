@@ -260,7 +260,7 @@ void Daemon::ConnectEnabledPorts() {
     }
     if (row->Enabled != -1) continue;
     try {
-      const VspBytes record = EncodeVspCommand(CommandFromRow(*row));
+      const device::Record record = EncodeVspCommand(CommandFromRow(*row));
       std::string problem;
       const wire::Record output = ExecuteControl(*port, device::kIoctlVspConnect, record, &problem);
       LogInfo(port->name() + ": connect at start: Status " + std::to_string(output[11]) +
