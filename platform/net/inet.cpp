@@ -31,7 +31,7 @@ std::uint32_t ByteSwap(std::uint32_t v) {
 
 }  // namespace
 
-std::uint32_t InetAddr(std::string_view text) {
+std::uint32_t OwnInetAddr(std::string_view text) {
   if (text.empty()) return kInaddrNone;
   // A text of blanks alone reads as the one empty part 0; a blank before anything else is no
   // address.
@@ -96,7 +96,7 @@ std::uint32_t InetAddr(std::string_view text) {
   return ByteSwap(host);
 }
 
-std::string InetNtoa(std::uint32_t address) {
+std::string OwnInetNtoa(std::uint32_t address) {
   char text[16];
   std::snprintf(text, sizeof text, "%u.%u.%u.%u", address & 0xFFu, (address >> 8) & 0xFFu,
                 (address >> 16) & 0xFFu, address >> 24);
