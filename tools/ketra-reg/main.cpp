@@ -10,9 +10,8 @@
 #include <sstream>
 #include <string>
 
-#include "platform/registry/hive_location.h"
-#include "platform/registry/sqlite_hive.h"
 #include "tools/ketra-reg/reg_text.h"
+#include "tools/machine/machine.h"
 
 namespace {
 
@@ -70,8 +69,11 @@ int Import(ketra::registry::Registry& reg, const std::string& file) {
 int main(int argc, char** argv) {
   CLI::App app{"Reads and writes the Ketra hive file in the REGEDIT4 text form."};
   app.fallthrough();
-  std::string hive = ketra::registry::DefaultHivePath();
-  app.add_option("--hive", hive, "the hive file (default: $KETRA_HIVE or the state directory)");
+  std::string hive;
+  app.add_option("--hive", hive,
+                 ketra::machine::UsesHiveFile()
+                     ? "the hive file (default: $KETRA_HIVE or the state directory)"
+                     : "not used on Windows, where the system registry holds the settings");
   std::string key;
   CLI::App* export_command =
       app.add_subcommand("export", "print KEY (default: the whole hive) and every key below it");
@@ -83,7 +85,12 @@ int main(int argc, char** argv) {
   app.require_subcommand(1);
   CLI11_PARSE(app, argc, argv);
 
-  auto reg = ketra::registry::OpenSqliteHive(hive);
+  std::string error;
+  auto reg = ketra::machine::OpenRegistry(hive, &error);
+  if (!reg) {
+    std::cerr << "ketra-reg: " << error << '\n';
+    return 2;
+  }
   if (*export_command) return Export(*reg, key);
   return Import(*reg, file);
 }

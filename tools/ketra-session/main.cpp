@@ -9,12 +9,8 @@
 
 #include <CLI/CLI.hpp>
 
-#include "platform/device/vspd_device.h"
-#include "platform/device/vspd_socket_path.h"
-#include "platform/forms/app.h"
-#include "platform/registry/sqlite_hive.h"
-#include "platform/runtime/text_file.h"
 #include "tools/ketra-session/session.h"
+#include "tools/machine/machine.h"
 
 namespace {
 
@@ -44,7 +40,9 @@ int main(int argc, char** argv) {
   std::string prev_instance;
   std::string driver = "scripted";
   std::string script;
-  cli.add_option("--hive", hive, "the hive file that stands in for the registry")->required();
+  CLI::Option* hive_option =
+      cli.add_option("--hive", hive, "the hive file that stands in for the registry");
+  if (ketra::machine::UsesHiveFile()) hive_option->required();
   cli.add_option("--app-path", app_path, "the program's own directory (default: the executable's)");
   cli.add_option("--prev-instance", prev_instance, "force the single-instance test's answer")
       ->check(CLI::IsMember({"yes", "no"}));
@@ -62,17 +60,20 @@ int main(int argc, char** argv) {
     }
   }
 
-  std::unique_ptr<ketra::registry::Registry> registry = ketra::registry::OpenSqliteHive(hive);
+  std::string error;
+  std::unique_ptr<ketra::registry::Registry> registry = ketra::machine::OpenRegistry(hive, &error);
+  if (!registry) {
+    std::cerr << "ketra-session: " << error << '\n';
+    return 2;
+  }
   // An empty app path stands for the directory of the executable.
-  std::unique_ptr<ketra::forms::AppServices> real_app = ketra::forms::MakePosixApp(app_path, hive);
+  std::unique_ptr<ketra::forms::AppServices> real_app = ketra::machine::MakeApp(app_path, hive);
   std::optional<ForcedPrevInstance> forced;
   ketra::forms::AppServices* app = real_app.get();
   if (!prev_instance.empty()) app = &forced.emplace(*real_app, prev_instance == "yes");
-  std::unique_ptr<ketra::runtime::FileSystem> files = ketra::runtime::MakePosixFileSystem();
+  std::unique_ptr<ketra::runtime::FileSystem> files = ketra::machine::MakeFileSystem();
   std::unique_ptr<ketra::device::DeviceIo> system_device;
-  if (driver == "system") {
-    system_device = ketra::device::MakeVspdDevice(ketra::device::DefaultVspdSocketPath());
-  }
+  if (driver == "system") system_device = ketra::machine::MakeSystemDevice();
 
   ketra::session::Session session(
       ketra::session::Environment{*registry, *app, *files, system_device.get()}, std::cout);
