@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 #include "daemon/group.h"
 #include "daemon/log.h"
@@ -80,9 +81,11 @@ ControlServer::ControlServer(EventLoop& loop, std::string socket_path, const std
                              PortDirectory& ports)
     : loop_(loop),
       socket_path_(std::move(socket_path)),
+      bound_path_(socket_path_ + ".new-" + std::to_string(::getpid())),
       ports_(ports),
       buffer_(wire::kMaxRequestSize + 1) {
   const sockaddr_un address = UnixAddress(socket_path_);
+  const sockaddr_un temporary = UnixAddress(bound_path_);
   struct stat existing {};
   if (::lstat(socket_path_.c_str(), &existing) == 0) {
     if (!S_ISSOCK(existing.st_mode)) {
@@ -91,30 +94,30 @@ ControlServer::ControlServer(EventLoop& loop, std::string socket_path, const std
     if (SomeoneListens(address)) {
       throw std::runtime_error("another daemon answers at " + socket_path_);
     }
-    ::unlink(socket_path_.c_str());
-    LogInfo("replaced the stale socket " + socket_path_);
   }
+  ::unlink(bound_path_.c_str());  // left by a daemon of this pid that was killed
   listener_ = net::Fd(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
   if (!listener_) throw std::runtime_error(std::string("socket: ") + std::strerror(errno));
   // The file gets 0660 from the start: no moment in which anyone else could connect.
   const mode_t old_mask = ::umask(0117);
   const int bound =
-      ::bind(listener_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
+      ::bind(listener_.get(), reinterpret_cast<const sockaddr*>(&temporary), sizeof temporary);
   const int bind_error = errno;
   ::umask(old_mask);
   if (bound != 0) {
-    throw std::runtime_error("cannot bind " + socket_path_ + ": " + std::strerror(bind_error));
+    const std::string failed = std::exchange(bound_path_, std::string());
+    throw std::runtime_error("cannot bind " + failed + ": " + std::strerror(bind_error));
   }
   if (!group.empty()) {
     const auto gid = FindGroupId(group);
-    if (!gid || ::chown(socket_path_.c_str(), static_cast<uid_t>(-1), *gid) != 0) {
+    if (!gid || ::chown(bound_path_.c_str(), static_cast<uid_t>(-1), *gid) != 0) {
       LogWarning(socket_path_ + " keeps its own group: cannot give it to group " + group);
     }
   }
   if (::listen(listener_.get(), 64) != 0) {
     const std::string reason = std::strerror(errno);
-    ::unlink(socket_path_.c_str());
-    throw std::runtime_error("cannot listen on " + socket_path_ + ": " + reason);
+    ::unlink(bound_path_.c_str());
+    throw std::runtime_error("cannot listen on " + bound_path_ + ": " + reason);
   }
   listener_watch_ = loop_.Add(listener_.get(), kReadable, [this](std::uint32_t) { OnAccept(); });
 }
@@ -123,7 +126,17 @@ ControlServer::~ControlServer() {
   while (!connections_.empty()) Close(connections_.begin()->first);
   loop_.Remove(listener_watch_);
   listener_.Reset();
-  ::unlink(socket_path_.c_str());
+  if (!bound_path_.empty()) ::unlink(bound_path_.c_str());
+}
+
+void ControlServer::Publish() {
+  if (bound_path_ == socket_path_) return;
+  // rename() replaces a stale socket in one step: the path never names a socket that refuses.
+  if (::rename(bound_path_.c_str(), socket_path_.c_str()) != 0) {
+    throw std::runtime_error("cannot move " + bound_path_ + " to " + socket_path_ + ": " +
+                             std::strerror(errno));
+  }
+  bound_path_ = socket_path_;
 }
 
 void ControlServer::OnAccept() {
@@ -131,29 +144,43 @@ void ControlServer::OnAccept() {
     net::Fd fd(::accept4(listener_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
     if (!fd) return;
     const std::string peer = PeerOf(fd.get());
-    if (connections_.size() >= kMaxConnections) {
-      LogWarning("control: refused " + peer + ": " + std::to_string(kMaxConnections) +
-                 " connections open already");
+    if (connections_.size() >= kMaxConnections + kStatusSlots) {
+      LogWarning("control: refused " + peer + ": " +
+                 std::to_string(kMaxConnections + kStatusSlots) + " connections open already");
       continue;
     }
     const std::uint64_t id = next_connection_++;
     Connection connection;
     connection.peer = peer;
     connection.last_active = std::chrono::steady_clock::now();
-    connection.watch = loop_.Add(fd.get(), kReadable, [this, id](std::uint32_t) { OnMessage(id); });
+    connection.status_only = connections_.size() >= kMaxConnections;
+    connection.watch = loop_.Add(fd.get(), kReadable | kPeerClosed,
+                                 [this, id](std::uint32_t events) { OnEvents(id, events); });
     connection.fd = std::move(fd);
     connections_.emplace(id, std::move(connection));
   }
 }
 
-void ControlServer::OnMessage(std::uint64_t id) {
+void ControlServer::OnEvents(std::uint64_t id, std::uint32_t events) {
+  if ((events & kWritable) != 0 && !Flush(id)) return;
+  const auto found = connections_.find(id);
+  if (found == connections_.end()) return;
+  // A client that does not read its replies is not read either.
+  if (found->second.outgoing.empty() && (events & (kReadable | kPeerClosed | kHangUp)) != 0) {
+    OnMessage(id, events);
+  }
+}
+
+void ControlServer::OnMessage(std::uint64_t id, std::uint32_t events) {
   const auto found = connections_.find(id);
   if (found == connections_.end()) return;
   Connection& connection = found->second;
   const ssize_t size =
       ::recv(connection.fd.get(), buffer_.data(), buffer_.size(), MSG_TRUNC | MSG_DONTWAIT);
   if (size < 0 && (errno == EAGAIN || errno == EINTR)) return;
-  if (size <= 0) {
+  // A SEQPACKET socket reads 0 both for an empty message and at the end; only the hang-up tells
+  // them apart.
+  if (size < 0 || (size == 0 && (events & (kPeerClosed | kHangUp)) != 0)) {
     Close(id);  // the client went
     return;
   }
@@ -169,19 +196,65 @@ void ControlServer::OnMessage(std::uint64_t id) {
   if (!request) {
     const std::string why = message_size > wire::kMaxRequestSize
                                 ? "message of " + std::to_string(message_size) + " bytes"
-                                : std::string(wire::ParseErrorText(error));
+                            : message_size == 0 ? std::string("empty message")
+                                                : std::string(wire::ParseErrorText(error));
     LogWarning("control: refused a malformed message from " + connection.peer + ": " + why);
     reply = Refuse(wire::kErrorInvalidParameter, why, &close);
+  } else if (connection.status_only && !std::holds_alternative<wire::StatusRequest>(*request)) {
+    LogWarning("control: refused " + connection.peer + ": " + std::to_string(kMaxConnections) +
+               " connections open already; only status is answered");
+    reply =
+        Refuse(wire::kErrorInvalidHandle, "too many connections; only status is answered", &close);
   } else {
     reply = Handle(connection, *request, &close);
+    if (connection.status_only) close = true;
   }
-  const auto bytes = wire::EncodeReply(reply);
-  if (::send(connection.fd.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT) !=
-      static_cast<ssize_t>(bytes.size())) {
-    LogWarning("control: could not answer " + connection.peer);
-    close = true;
+  Reply(id, reply, close);
+}
+
+void ControlServer::Reply(std::uint64_t id, const wire::Reply& reply, bool close) {
+  Connection& connection = connections_.at(id);
+  if (const auto* status = std::get_if<wire::StatusReply>(&reply)) {
+    // In pieces, each well inside the socket's buffer; the last one says the document ends.
+    const std::string& text = status->json;
+    std::size_t at = 0;
+    do {
+      const std::size_t piece = std::min(wire::kStatusPieceSize, text.size() - at);
+      const bool more = at + piece < text.size();
+      connection.outgoing.push_back(
+          wire::EncodeReply(wire::StatusReply{text.substr(at, piece), more}));
+      at += piece;
+    } while (at < text.size());
+  } else {
+    connection.outgoing.push_back(wire::EncodeReply(reply));
   }
-  if (close) Close(id);
+  connection.close_when_sent = close;
+  Flush(id);
+}
+
+bool ControlServer::Flush(std::uint64_t id) {
+  Connection& connection = connections_.at(id);
+  while (!connection.outgoing.empty()) {
+    const auto& bytes = connection.outgoing.front();
+    const ssize_t sent =
+        ::send(connection.fd.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    if (sent < 0 && (errno == EAGAIN || errno == EINTR)) {
+      loop_.Modify(connection.watch, kWritable);
+      return true;
+    }
+    if (sent != static_cast<ssize_t>(bytes.size())) {
+      LogWarning("control: could not answer " + connection.peer);
+      Close(id);
+      return false;
+    }
+    connection.outgoing.pop_front();
+  }
+  if (connection.close_when_sent) {
+    Close(id);
+    return false;
+  }
+  loop_.Modify(connection.watch, kReadable | kPeerClosed);
+  return true;
 }
 
 wire::Reply ControlServer::Handle(Connection& connection, const wire::Request& request,
@@ -228,11 +301,7 @@ wire::Reply ControlServer::Handle(Connection& connection, const wire::Request& r
     *close = true;
     return wire::CloseReply{wire::kErrorSuccess};
   }
-  std::string json = ports_.StatusJson();
-  if (json.size() > wire::kMaxStatusText) {
-    return Refuse(wire::kErrorInvalidParameter, "status too large", close);
-  }
-  return wire::StatusReply{std::move(json)};
+  return wire::StatusReply{ports_.StatusJson()};
 }
 
 void ControlServer::Close(std::uint64_t id) {
@@ -245,7 +314,10 @@ void ControlServer::Close(std::uint64_t id) {
 void ControlServer::DropIdle(std::chrono::steady_clock::time_point now) {
   std::vector<std::uint64_t> idle;
   for (const auto& [id, connection] : connections_) {
-    if (now - connection.last_active > kIdleLimit) idle.push_back(id);
+    if (now - connection.last_active >
+        (connection.status_only ? std::chrono::seconds(kStatusSlotIdleLimit) : kIdleLimit)) {
+      idle.push_back(id);
+    }
   }
   for (const std::uint64_t id : idle) {
     LogInfo("control: dropped the idle connection of " + connections_.at(id).peer);

@@ -5,6 +5,12 @@
 // is refused with a reason, logged, and ends the connection, so a confused or hostile client
 // can change nothing. Connections idle for longer than the idle limit are dropped.
 //
+// The socket's path appears only when the daemon is ready (Publish renames a socket that listens
+// already), so a client that connects as soon as it sees the path is answered. Replies that do
+// not fit the socket's buffer (a status document of many ports, sent in pieces) wait in the
+// connection's queue until the client reads. Beyond kMaxConnections a few more connections are
+// taken for status only, so that connections held open cannot blind `ketra-vspd status`.
+//
 // Owns the listening socket (and its file) and the connections; acts on the ports through a
 // PortDirectory that outlives it. Single-threaded (the loop's).
 #ifndef KETRA_DAEMON_CONTROL_SERVER_H_
@@ -12,6 +18,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <optional>
 #include <string>
@@ -43,17 +50,22 @@ wire::Record ExecuteControl(VirtualPort& port, std::uint32_t code, const wire::R
 class ControlServer {
  public:
   static constexpr std::size_t kMaxConnections = 64;
+  static constexpr std::size_t kStatusSlots = 4;
   static constexpr std::chrono::seconds kIdleLimit{30};
+  static constexpr std::chrono::seconds kStatusSlotIdleLimit{2};
 
-  // Listens at socket_path with mode 0660 (group `group` when it can be given). A stale socket
-  // file is replaced; a path where a daemon answers, or that is not a socket, is refused.
-  // Throws std::runtime_error with the reason.
+  // Listens, under a temporary name beside socket_path, with mode 0660 (group `group` when it
+  // can be given). A stale socket file at socket_path is replaced by Publish; a path where a
+  // daemon answers, or that is not a socket, is refused. Throws std::runtime_error.
   ControlServer(EventLoop& loop, std::string socket_path, const std::string& group,
                 PortDirectory& ports);
   ControlServer(const ControlServer&) = delete;
   ControlServer& operator=(const ControlServer&) = delete;
   ~ControlServer();
 
+  // Moves the listening socket to its path: from now on clients find it. Throws
+  // std::runtime_error.
+  void Publish();
   void DropIdle(std::chrono::steady_clock::time_point now);
   std::size_t connection_count() const { return connections_.size(); }
   const std::string& socket_path() const { return socket_path_; }
@@ -65,16 +77,24 @@ class ControlServer {
     std::string peer;  // "pid P uid U", for the log
     std::optional<wire::DevicePath> device;
     std::chrono::steady_clock::time_point last_active;
+    bool status_only = false;  // taken beyond kMaxConnections
+    std::deque<std::vector<std::uint8_t>> outgoing;
+    bool close_when_sent = false;
   };
 
   void OnAccept();
-  void OnMessage(std::uint64_t id);
+  void OnEvents(std::uint64_t id, std::uint32_t events);
+  void OnMessage(std::uint64_t id, std::uint32_t events);
+  void Reply(std::uint64_t id, const wire::Reply& reply, bool close);
+  // Sends what waits; false when the connection ended.
+  bool Flush(std::uint64_t id);
   // The reply to one parsed request; *close set when the connection must end after it.
   wire::Reply Handle(Connection& connection, const wire::Request& request, bool* close);
   void Close(std::uint64_t id);
 
   EventLoop& loop_;
   std::string socket_path_;
+  std::string bound_path_;  // where the socket file is now: the temporary name until Publish
   PortDirectory& ports_;
   net::Fd listener_;
   EventLoop::WatchId listener_watch_ = 0;

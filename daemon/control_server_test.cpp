@@ -41,10 +41,11 @@ class ControlServerTest : public ::testing::Test, public PortDirectory {
     socket_path_ = directory_ + "/vspd.sock";
     PortOptions options;
     options.link_directory = directory_;
-    options.group = "";
     options.bind_address = net::kLoopbackAddress;
-    port_ = std::make_unique<VirtualPort>(loop_, "COM7", options);
+    std::string warning;
+    port_ = std::make_unique<VirtualPort>(loop_, "COM7", OpenPosixPortIo("", &warning), options);
     server_ = std::make_unique<ControlServer>(loop_, socket_path_, "", *this);
+    server_->Publish();
     thread_ = std::thread([this] {
       while (!stop_) loop_.RunOnce(5);
     });
@@ -62,7 +63,14 @@ class ControlServerTest : public ::testing::Test, public PortDirectory {
     return name == "COM7" || name == "com7" ? port_.get() : nullptr;
   }
   std::string StatusJson() override {
+    if (large_status_) return LargeStatus();
     return BuildStatusJson({1, socket_path_, "h"}, {port_.get()});
+  }
+  // Larger than any socket buffer, as the document of a thousand ports is.
+  static std::string LargeStatus() {
+    std::string document = "{\"ports\":[";
+    for (int i = 0; i < 20000; ++i) document += (i ? ",\"" : "\"") + std::to_string(i) + "\"";
+    return document + "]}";
   }
 
   device::vspd::Record Record(std::uint16_t local_port, std::uint8_t flow = 1) {
@@ -120,6 +128,7 @@ class ControlServerTest : public ::testing::Test, public PortDirectory {
   std::unique_ptr<ControlServer> server_;
   std::thread thread_;
   std::atomic<bool> stop_{false};
+  std::atomic<bool> large_status_{false};
   net::UdpSocket peer_;
   std::unique_ptr<device::DeviceIo> device_;
 };
@@ -172,6 +181,7 @@ TEST_F(ControlServerTest, MalformedAndOutOfOrderMessagesAreRefusedAndEndTheConne
   };
   const std::vector<Case> cases = {
       {"garbage", {{1, 2, 3, 4, 5}}},
+      {"empty", {{}}},
       {"short ioctl", {open, {v::kMagic, v::kVersion, 2, 0, 1, 2}}},
       {"ioctl before open", {ioctl}},
       {"two opens", {open, open}},
@@ -203,6 +213,31 @@ TEST_F(ControlServerTest, StatusListsThePort) {
   EXPECT_NE(table.find("connected"), std::string::npos);
 }
 
+TEST_F(ControlServerTest, AStatusOfAnySizeArrivesWhole) {
+  large_status_ = true;
+  const auto document = device::QueryVspdStatus(socket_path_, 2000ms);
+  ASSERT_TRUE(document.has_value());
+  EXPECT_GT(document->size(), 4 * device::vspd::kStatusPieceSize);
+  EXPECT_EQ(*document, LargeStatus());
+}
+
+TEST_F(ControlServerTest, HeldConnectionsCannotBlindStatus) {
+  std::vector<std::unique_ptr<device::DeviceIo>> holders;
+  for (std::size_t i = 0; i < ControlServer::kMaxConnections; ++i) {
+    holders.push_back(device::MakeVspdDevice(socket_path_, 2000ms));
+    ASSERT_NE(holders.back()->CreateFile("\\\\.\\COM7", 0, 3, nullptr, 3, 0, 0),
+              device::kInvalidHandleValue)
+        << "connection " << i;
+  }
+  // Every ordinary slot is taken: another open is refused, status is still answered.
+  EXPECT_EQ(Command("\\\\.\\COM7", device::kIoctlVspConnect, Record(FreeLoopbackPort())), -1);
+  for (int i = 0; i < 3; ++i) {
+    const auto document = device::QueryVspdStatus(socket_path_, 2000ms);
+    ASSERT_TRUE(document.has_value()) << "status " << i;
+    EXPECT_EQ(nlohmann::json::parse(*document).at("ports").size(), 1u);
+  }
+}
+
 TEST_F(ControlServerTest, ASecondServerOnALiveSocketIsRefused) {
   EventLoop other;
   EXPECT_THROW(ControlServer(other, socket_path_, "", *this), std::runtime_error);
@@ -225,6 +260,16 @@ TEST(ControlServerStaleTest, AStaleSocketFileIsReplaced) {
   EventLoop loop;
   {
     ControlServer server(loop, path, "", ports);
+    // Until it is published the stale file stays, and then the path answers at once: the
+    // socket listened before its path appeared.
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+    net::Fd early(::socket(AF_UNIX, SOCK_SEQPACKET, 0));
+    EXPECT_NE(::connect(early.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    server.Publish();
+    net::Fd client(::socket(AF_UNIX, SOCK_SEQPACKET, 0));
+    EXPECT_EQ(::connect(client.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
     struct stat info {};
     ASSERT_EQ(::stat(path.c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 0777, 0660u);

@@ -85,20 +85,24 @@ Daemon::Daemon(const DaemonConfig& config, registry::Registry& registry)
   EnsureDirectory(config_.link_directory);
   PortOptions options;
   options.link_directory = config_.link_directory;
-  options.group = config_.group;
   options.bind_address = config_.bind_address;
   options.max_datagram = config_.max_datagram;
   for (const std::string& name : config_.ports) {
-    ports_.push_back(std::make_unique<VirtualPort>(loop_, name, options));
-    if (!ports_.back()->last_problem().empty())
-      LogWarning(name + ": " + ports_.back()->last_problem());
+    std::string warning;
+    auto io = OpenPosixPortIo(config_.group, &warning);
+    if (!warning.empty()) LogWarning(name + ": " + warning);
+    ports_.push_back(std::make_unique<VirtualPort>(loop_, name, std::move(io), options));
   }
+  // The socket listens under a temporary name until the map is written: clients take the
+  // control socket's appearance as the sign that the daemon is ready, and a panel started then
+  // must find the ports.
   control_ = std::make_unique<ControlServer>(loop_, config_.socket, config_.group, *this);
   device_map_ = std::make_unique<DeviceMap>(registry_);
   std::string problem;
   if (!device_map_->Publish(config_.ports, &problem)) {
     throw std::runtime_error("device map in " + config_.hive + ": " + problem);
   }
+  control_->Publish();
   LogInfo("serving " + std::to_string(ports_.size()) + " ports (" + ports_.front()->name() +
           " ... " + ports_.back()->name() + ") with links in " + config_.link_directory +
           ", control socket " + config_.socket + ", hive " + config_.hive);

@@ -15,26 +15,37 @@
 namespace ketra::vspd {
 
 // The epoll event bits, so that users need not include the system header.
-inline constexpr std::uint32_t kReadable = 0x001;  // EPOLLIN
-inline constexpr std::uint32_t kWritable = 0x004;  // EPOLLOUT
-inline constexpr std::uint32_t kFault = 0x008;     // EPOLLERR
-inline constexpr std::uint32_t kHangUp = 0x010;    // EPOLLHUP
+inline constexpr std::uint32_t kReadable = 0x001;     // EPOLLIN
+inline constexpr std::uint32_t kWritable = 0x004;     // EPOLLOUT
+inline constexpr std::uint32_t kFault = 0x008;        // EPOLLERR
+inline constexpr std::uint32_t kHangUp = 0x010;       // EPOLLHUP
+inline constexpr std::uint32_t kPeerClosed = 0x2000;  // EPOLLRDHUP
 
-class EventLoop {
+// What a port or a server needs of the loop: watches on descriptors. The relay's tests drive a
+// port through a fake that fires the callbacks on demand, with no descriptor behind them.
+class Poller {
  public:
   using WatchId = std::uint64_t;
   using Callback = std::function<void(std::uint32_t events)>;
 
+  virtual ~Poller() = default;
+  // Throws std::system_error when the descriptor cannot be watched.
+  virtual WatchId Add(int fd, std::uint32_t events, Callback callback) = 0;
+  // Changes what a watch waits for; no system call when nothing changes.
+  virtual void Modify(WatchId id, std::uint32_t events) = 0;
+  virtual void Remove(WatchId id) = 0;
+};
+
+class EventLoop final : public Poller {
+ public:
   // Throws std::system_error when the kernel refuses an epoll set.
   EventLoop();
   EventLoop(const EventLoop&) = delete;
   EventLoop& operator=(const EventLoop&) = delete;
 
-  // Throws std::system_error when the descriptor cannot be watched.
-  WatchId Add(int fd, std::uint32_t events, Callback callback);
-  // Changes what a watch waits for; no system call when nothing changes.
-  void Modify(WatchId id, std::uint32_t events);
-  void Remove(WatchId id);
+  WatchId Add(int fd, std::uint32_t events, Callback callback) override;
+  void Modify(WatchId id, std::uint32_t events) override;
+  void Remove(WatchId id) override;
 
   // Waits up to timeout_ms (-1: no limit) and runs the callbacks of what became ready.
   // Returns how many ran.

@@ -1,7 +1,5 @@
 #include "daemon/port.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -14,47 +12,57 @@ namespace {
 constexpr int kRoundsPerEvent = 32;
 constexpr std::size_t kLargestDatagram = 65536;
 
+bool SendSideFull(long result) { return result == -EAGAIN || result == -ENOBUFS; }
+
 }  // namespace
 
-VirtualPort::VirtualPort(EventLoop& loop, std::string name, const PortOptions& options)
-    : loop_(loop), name_(std::move(name)), options_(options), pty_([&] {
-        std::string warning;
-        Pty pty = Pty::Open(options.group, &warning);
-        if (!warning.empty()) last_problem_ = warning;
-        return pty;
-      }()) {
+VirtualPort::VirtualPort(Poller& poller, std::string name, std::unique_ptr<PortIo> io,
+                         const PortOptions& options, std::optional<PortSettings> resumed)
+    : poller_(poller), name_(std::move(name)), options_(options), io_(std::move(io)) {
   options_.max_datagram = std::clamp<std::size_t>(options_.max_datagram, 1, kLargestDatagram);
   buffer_.resize(kLargestDatagram);
   if (!options_.link_directory.empty()) {
-    link_ = PortLink(options_.link_directory, name_, pty_.slave_path());
+    link_ = PortLink(options_.link_directory, name_, io_->pty_path());
   }
-  pty_watch_ = loop_.Add(pty_.master(), kReadable, [this](std::uint32_t e) { OnPtyEvents(e); });
+  opened_watch_ = poller_.Add(io_->opened_fd(), kReadable, [this](std::uint32_t) { OnOpened(); });
+  if (resumed && io_->socket_open()) {
+    settings_ = resumed;
+    flow_ = resumed->software_flow ? FlowControl::Software(resumed->xon, resumed->xoff)
+                                   : FlowControl::Hardware();
+    socket_watch_ =
+        poller_.Add(io_->socket_fd(), kReadable, [this](std::uint32_t e) { OnSocketEvents(e); });
+  }
+  held_ = io_->Held();
+  if (held_) Watch();
+  UpdateInterest();
 }
 
 VirtualPort::~VirtualPort() {
-  if (socket_watch_ != 0) loop_.Remove(socket_watch_);
-  loop_.Remove(pty_watch_);
+  if (socket_watch_ != 0) poller_.Remove(socket_watch_);
+  if (pty_watch_ != 0) poller_.Remove(pty_watch_);
+  poller_.Remove(opened_watch_);
+}
+
+void VirtualPort::Watch() {
+  pty_watch_ = poller_.Add(io_->pty_fd(), kReadable, [this](std::uint32_t e) { OnPtyEvents(e); });
 }
 
 std::uint8_t VirtualPort::Connect(const PortSettings& settings) {
   if (connected()) return kStatusAlreadyConnected;
   last_problem_.clear();
-  net::UdpSocket socket;
-  if (const int error = socket.Open({options_.bind_address, settings.local_port}); error != 0) {
-    last_problem_ = "cannot bind UDP " +
-                    net::Endpoint{options_.bind_address, settings.local_port}.ToString() + ": " +
-                    std::strerror(error);
+  const net::Endpoint local{options_.bind_address, settings.local_port};
+  if (const int error = io_->OpenSocket(local, options_.socket_buffer_bytes); error != 0) {
+    last_problem_ = "cannot bind UDP " + local.ToString() + ": " + std::strerror(error);
     return kStatusConnectionFailed;
   }
-  socket.SetBufferSizes(options_.socket_buffer_bytes, options_.socket_buffer_bytes);
   try {
     socket_watch_ =
-        loop_.Add(socket.fd(), kReadable, [this](std::uint32_t e) { OnSocketEvents(e); });
+        poller_.Add(io_->socket_fd(), kReadable, [this](std::uint32_t e) { OnSocketEvents(e); });
   } catch (const std::system_error& error) {
+    io_->CloseSocket();
     last_problem_ = error.what();
     return kStatusConnectionFailed;
   }
-  socket_ = std::move(socket);
   settings_ = settings;
   flow_ = settings.software_flow ? FlowControl::Software(settings.xon, settings.xoff)
                                  : FlowControl::Hardware();
@@ -64,13 +72,17 @@ std::uint8_t VirtualPort::Connect(const PortSettings& settings) {
 
 std::uint8_t VirtualPort::Disconnect() {
   if (!connected()) return kStatusAlreadyInState;
-  loop_.Remove(socket_watch_);
+  poller_.Remove(socket_watch_);
   socket_watch_ = 0;
-  const int error = socket_.Close();
+  const int error = io_->CloseSocket();
+  dropped_before_ = counters_.dropped_datagrams;
   settings_.reset();
   flow_ = FlowControl::Hardware();
+  stopped_terminal_ = false;
+  owed_flow_character_.reset();
   // A datagram read from the pty but never sent is lost with the connection, as bytes in a
   // line's transmitter are when the line goes; what came from the remote is still delivered.
+  counters_.discarded_bytes += to_socket_.size();
   to_socket_.clear();
   UpdateInterest();
   if (error != 0) {
@@ -82,23 +94,79 @@ std::uint8_t VirtualPort::Disconnect() {
 
 void VirtualPort::OnPtyEvents(std::uint32_t events) {
   if ((events & kWritable) != 0) FlushToPty();
-  if ((events & (kReadable | kHangUp | kFault)) != 0) RelayFromPty();
+  if ((events & (kReadable | kHangUp | kFault)) != 0) {
+    const Drain drained = RelayFromPty();
+    // A hang-up while reading is held back (XOFF, a full send side) is still the last close.
+    if (drained == Drain::kGone || ((events & kHangUp) != 0 && !io_->Held())) ProgramGone();
+  }
   // The socket may have been held back for the pty; now that it drained, catch up.
   if (connected() && to_pty_.empty()) RelayFromSocket();
   UpdateInterest();
 }
 
 void VirtualPort::OnSocketEvents(std::uint32_t events) {
-  if ((events & kWritable) != 0) RelayFromPty();
+  if ((events & kWritable) != 0) {
+    if (owed_flow_character_) SendFlowCharacter(*owed_flow_character_);
+    // Without a watch on the pty (no program holds it) what the last one wrote still goes out.
+    if (RelayFromPty() == Drain::kGone && held_) ProgramGone();
+  }
   if ((events & kReadable) != 0) RelayFromSocket();
   UpdateInterest();
 }
 
+void VirtualPort::OnOpened() {
+  io_->ClearOpened();
+  if (held_) return;
+  // What a program wrote before it closed again, too quickly to be seen as holding the port.
+  while (RelayFromPty() == Drain::kMore) {
+  }
+  if (io_->Held()) {
+    held_ = true;
+    Watch();
+  }
+  UpdateInterest();
+}
+
+void VirtualPort::ProgramGone() {
+  if (pty_watch_ != 0) poller_.Remove(pty_watch_);
+  pty_watch_ = 0;
+  held_ = false;
+  // What waited for the program will never be read: lost like everything that comes now.
+  counters_.unheld_bytes += to_pty_.size() - to_pty_offset_;
+  to_pty_.clear();
+  to_pty_offset_ = 0;
+  if (std::string problem = io_->Freshen(); !problem.empty()) last_problem_ = std::move(problem);
+  // The terminal may go on: what it sends now is discarded, not held up.
+  if (stopped_terminal_) SendFlowCharacter(flow_.xon());
+  // The rest of what the program wrote, unless the terminal or the socket holds it back.
+  while (RelayFromPty() == Drain::kMore) {
+  }
+}
+
+VirtualPort::Drain VirtualPort::RelayFromPty() {
+  for (int round = 0; round < kRoundsPerEvent; ++round) {
+    if (connected() && flow_.paused()) return Drain::kBlocked;
+    if (!to_socket_.empty() && !FlushToSocket()) return Drain::kBlocked;
+    const long got = io_->ReadPty(std::span(buffer_.data(), options_.max_datagram));
+    if (got == -EIO) return Drain::kGone;  // no program holds the port, and all it wrote went
+    if (got <= 0) return Drain::kBlocked;  // nothing more now (EAGAIN)
+    const auto size = static_cast<std::size_t>(got);
+    if (!connected()) {
+      counters_.discarded_bytes += size;
+      continue;
+    }
+    to_socket_.assign(buffer_.begin(), buffer_.begin() + got);
+    if (!FlushToSocket()) return Drain::kBlocked;
+  }
+  return Drain::kMore;
+}
+
 bool VirtualPort::FlushToSocket() {
-  const long sent = socket_.SendTo(to_socket_, settings_->remote);
-  if (sent == -EAGAIN || sent == -ENOBUFS) return false;
+  const long sent = io_->SendTo(to_socket_, settings_->remote);
+  if (SendSideFull(sent)) return false;
   if (sent < 0) {
     ++counters_.send_errors;
+    counters_.send_error_bytes += to_socket_.size();
   } else {
     counters_.bytes_to_udp += static_cast<std::uint64_t>(sent);
     ++counters_.datagrams_to_udp;
@@ -107,39 +175,13 @@ bool VirtualPort::FlushToSocket() {
   return true;
 }
 
-void VirtualPort::RelayFromPty() {
-  for (int round = 0; round < kRoundsPerEvent; ++round) {
-    if (connected() && flow_.paused()) return;
-    if (!to_socket_.empty() && !FlushToSocket()) return;
-    const ssize_t got = ::read(pty_.master(), buffer_.data(), options_.max_datagram);
-    if (got <= 0) return;  // nothing more now (EAGAIN), or no reader at all
-    const auto size = static_cast<std::size_t>(got);
-    if (!connected()) {
-      counters_.discarded_bytes += size;
-      continue;
-    }
-    const long sent = socket_.SendTo(std::span(buffer_.data(), size), settings_->remote);
-    if (sent == -EAGAIN || sent == -ENOBUFS) {
-      to_socket_.assign(buffer_.begin(), buffer_.begin() + got);
-      return;
-    }
-    if (sent < 0) {
-      ++counters_.send_errors;
-    } else {
-      counters_.bytes_to_udp += static_cast<std::uint64_t>(sent);
-      ++counters_.datagrams_to_udp;
-    }
-  }
-}
-
 bool VirtualPort::FlushToPty() {
   while (to_pty_offset_ < to_pty_.size()) {
-    const ssize_t wrote =
-        ::write(pty_.master(), to_pty_.data() + to_pty_offset_, to_pty_.size() - to_pty_offset_);
+    const long wrote = io_->WritePty(std::span(to_pty_).subspan(to_pty_offset_));
+    if (wrote == -EAGAIN || wrote == -EINTR) return false;
     if (wrote < 0) {
-      if (errno == EAGAIN || errno == EINTR) return false;
       // The pty refuses the bytes for good; nothing would ever take them.
-      counters_.discarded_bytes += to_pty_.size() - to_pty_offset_;
+      counters_.pty_error_bytes += to_pty_.size() - to_pty_offset_;
       break;
     }
     to_pty_offset_ += static_cast<std::size_t>(wrote);
@@ -154,46 +196,73 @@ void VirtualPort::RelayFromSocket() {
   for (int round = 0; round < kRoundsPerEvent; ++round) {
     if (!to_pty_.empty() && !FlushToPty()) return;
     net::Endpoint from;
-    const long got = socket_.ReceiveFrom(buffer_, &from);
-    if (got < 0) return;
+    std::uint32_t dropped = 0;
+    const long got = io_->ReceiveFrom(buffer_, &from, &dropped);
+    counters_.dropped_datagrams = std::max(counters_.dropped_datagrams, dropped_before_ + dropped);
+    if (got < 0) {
+      // Everything the terminal sent has gone into the pty: it may send again.
+      if (got == -EAGAIN && stopped_terminal_) SendFlowCharacter(flow_.xon());
+      return;
+    }
     if (from != settings_->remote) {
       ++counters_.stranger_datagrams;
       counters_.stranger_bytes += static_cast<std::uint64_t>(got);
       continue;
     }
     ++counters_.datagrams_from_udp;
+    const bool was_paused = flow_.paused();
     const auto passed = flow_.Filter(std::span(buffer_.data(), static_cast<std::size_t>(got)));
-    // Straight from the receive buffer; only what the pty does not take now is kept.
-    std::size_t written = 0;
-    while (written < passed.size()) {
-      const ssize_t wrote =
-          ::write(pty_.master(), passed.data() + written, passed.size() - written);
-      if (wrote < 0) break;
-      written += static_cast<std::size_t>(wrote);
-    }
-    counters_.bytes_to_pty += written;
-    if (written < passed.size()) {
-      if (errno != EAGAIN && errno != EINTR) {
-        counters_.discarded_bytes += passed.size() - written;
-        continue;
+    if (was_paused && !flow_.paused() && !held_) {
+      // XON: what the last program wrote before it closed may go now.
+      while (RelayFromPty() == Drain::kMore) {
       }
-      to_pty_.assign(passed.begin() + static_cast<std::ptrdiff_t>(written), passed.end());
-      to_pty_offset_ = 0;
+    }
+    if (!held_) {
+      counters_.unheld_bytes += passed.size();
+      continue;
+    }
+    to_pty_.assign(passed.begin(), passed.end());
+    to_pty_offset_ = 0;
+    if (!FlushToPty()) {
+      // The program reads slower than the terminal sends.
+      if (flow_.software() && !stopped_terminal_) SendFlowCharacter(flow_.xoff());
       return;
     }
   }
 }
 
+void VirtualPort::SendFlowCharacter(std::uint8_t character) {
+  owed_flow_character_.reset();
+  if (!connected()) return;
+  const std::uint8_t byte[1] = {character};
+  const long sent = io_->SendTo(byte, settings_->remote);
+  if (SendSideFull(sent)) {
+    owed_flow_character_ = character;
+  } else if (sent < 0) {
+    ++counters_.send_errors;
+    ++counters_.send_error_bytes;
+  }
+  // Counted when asked for: an XOFF that waits for the send side still holds the terminal's
+  // next bytes in the receive buffer, which is where they would wait anyway.
+  const bool xoff = character == flow_.xoff();
+  stopped_terminal_ = xoff;
+  ++(xoff ? counters_.xoff_sent : counters_.xon_sent);
+}
+
 void VirtualPort::UpdateInterest() {
-  std::uint32_t pty_events = 0;
-  if (!connected() || (!flow_.paused() && to_socket_.empty())) pty_events |= kReadable;
-  if (!to_pty_.empty()) pty_events |= kWritable;
-  loop_.Modify(pty_watch_, pty_events);
+  if (pty_watch_ != 0) {
+    std::uint32_t pty_events = 0;
+    if (!connected() || (!flow_.paused() && to_socket_.empty())) pty_events |= kReadable;
+    if (!to_pty_.empty()) pty_events |= kWritable;
+    poller_.Modify(pty_watch_, pty_events);
+  }
   if (connected()) {
     std::uint32_t socket_events = 0;
     if (to_pty_.empty()) socket_events |= kReadable;
-    if (!to_socket_.empty() && !flow_.paused()) socket_events |= kWritable;
-    loop_.Modify(socket_watch_, socket_events);
+    if ((!to_socket_.empty() && !flow_.paused()) || owed_flow_character_) {
+      socket_events |= kWritable;
+    }
+    poller_.Modify(socket_watch_, socket_events);
   }
 }
 

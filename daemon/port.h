@@ -1,36 +1,41 @@
 // One virtual port: its pty and link, and, while connected, the UDP socket on its local port and
 // the relay between the two. Bytes a program writes into the pty go to the remote endpoint in
 // datagrams (one per read, at most max_datagram bytes); datagrams from the remote endpoint come
-// out of the pty. Datagrams from any other sender are dropped and counted. With software flow
-// the terminal's XOFF stops the relay from the pty until its XON.
+// out of the pty. Datagrams from any other sender are dropped and counted.
 //
-// Nothing is lost inside the relay: when the far side is slow (a full UDP send buffer, a pty
-// whose reader lags) the relay stops reading the near side until it can write again, so the
-// kernel's buffers and the writer's blocking carry the back-pressure. While not connected the
-// bytes written into the pty are read and discarded (counted), as a serial line with nothing
-// attached would lose them.
+// Software flow works both ways: the terminal's XOFF stops the relay from the pty until its XON,
+// and when the pty backs up (the program reads slower than the terminal sends) the port sends
+// the terminal its XOFF, and XON once everything that waited has gone into the pty.
 //
-// Owns the pty, the link, the socket and its watches in the loop. Single-threaded (the loop's).
+// Nothing is lost silently. Inside the relay the far side's slowness stops reading of the near
+// side (back-pressure); what is lost all the same is counted where it happens: datagrams the
+// kernel dropped for a full receive buffer, bytes from the terminal while no program holds the
+// port, bytes from the program while not connected, datagrams the kernel refused to send.
+//
+// A line when nobody holds it: the port knows whether a program holds its device (PortIo::Held)
+// and, after the last one closes, discards what the terminal sends and makes the device fresh
+// for the next program (PortIo::Freshen).
+//
+// Owns the PortIo, the link and its watches in the poller. Single-threaded (the loop's).
 #ifndef KETRA_DAEMON_PORT_H_
 #define KETRA_DAEMON_PORT_H_
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "daemon/event_loop.h"
 #include "daemon/flow_control.h"
+#include "daemon/port_io.h"
 #include "daemon/port_link.h"
 #include "daemon/port_settings.h"
-#include "daemon/pty.h"
-#include "platform/net/udp_socket.h"
 
 namespace ketra::vspd {
 
 struct PortOptions {
-  std::string link_directory;
-  std::string group = "dialout";
+  std::string link_directory;  // empty: no link
   std::uint32_t bind_address = net::kAnyAddress;
   std::size_t max_datagram = 8192;
   int socket_buffer_bytes = 4 << 20;
@@ -43,14 +48,29 @@ struct PortCounters {
   std::uint64_t datagrams_from_udp = 0;
   std::uint64_t stranger_datagrams = 0;
   std::uint64_t stranger_bytes = 0;
-  std::uint64_t discarded_bytes = 0;  // written into the pty while not connected
-  std::uint64_t send_errors = 0;      // datagrams the kernel refused (not for a full buffer)
+  // Losses, each counted where it happens.
+  std::uint64_t dropped_datagrams = 0;  // by the kernel, for a full receive buffer
+  std::uint64_t unheld_bytes = 0;       // from the terminal while no program held the port
+  std::uint64_t discarded_bytes = 0;    // from the program while not connected
+  std::uint64_t send_errors = 0;        // datagrams the kernel refused (not for a full buffer)
+  std::uint64_t send_error_bytes = 0;
+  std::uint64_t pty_error_bytes = 0;  // bytes the pty refused for good
+  // Software flow toward the terminal.
+  std::uint64_t xoff_sent = 0;
+  std::uint64_t xon_sent = 0;
+
+  std::uint64_t lost_events() const {
+    return dropped_datagrams + unheld_bytes + discarded_bytes + send_errors + pty_error_bytes;
+  }
 };
 
 class VirtualPort {
  public:
-  // Opens the pty and makes the link; throws std::runtime_error or std::system_error.
-  VirtualPort(EventLoop& loop, std::string name, const PortOptions& options);
+  // Makes the link (when options.link_directory is set) and starts watching. `resumed` gives
+  // the settings of a socket that `io` already holds (a port taken back across a restart).
+  // Throws std::runtime_error when the link cannot be made.
+  VirtualPort(Poller& poller, std::string name, std::unique_ptr<PortIo> io,
+              const PortOptions& options, std::optional<PortSettings> resumed = std::nullopt);
   VirtualPort(const VirtualPort&) = delete;
   VirtualPort& operator=(const VirtualPort&) = delete;
   ~VirtualPort();
@@ -62,36 +82,52 @@ class VirtualPort {
 
   const std::string& name() const { return name_; }
   const std::string& link_path() const { return link_.path(); }
-  const std::string& pty_path() const { return pty_.slave_path(); }
-  bool connected() const { return socket_.is_open(); }
+  const std::string& pty_path() const { return io_->pty_path(); }
+  bool connected() const { return settings_.has_value(); }
+  // Whether a program holds the port's device open.
+  bool held() const { return held_; }
+  // The terminal sent XOFF: nothing goes toward it.
   bool paused() const { return flow_.paused(); }
+  // The port sent the terminal XOFF and owes it an XON.
+  bool stopped_terminal() const { return stopped_terminal_; }
   const std::optional<PortSettings>& settings() const { return settings_; }
-  net::Endpoint local_endpoint() const { return socket_.LocalEndpoint(); }
+  net::Endpoint local_endpoint() const { return io_->LocalEndpoint(); }
   const PortCounters& counters() const { return counters_; }
-  // The reason of the last refused or failed connect, for the log.
+  const PortIo& io() const { return *io_; }
+  // The reason of the last refused or failed connect, or of a reset that failed, for the log.
   const std::string& last_problem() const { return last_problem_; }
 
  private:
+  enum class Drain { kMore, kBlocked, kGone };
+
+  void Watch();
   void OnPtyEvents(std::uint32_t events);
   void OnSocketEvents(std::uint32_t events);
-  void RelayFromPty();
+  void OnOpened();
+  void ProgramGone();
+  Drain RelayFromPty();
   void RelayFromSocket();
   bool FlushToPty();
   bool FlushToSocket();
+  void SendFlowCharacter(std::uint8_t character);
   void UpdateInterest();
 
-  EventLoop& loop_;
+  Poller& poller_;
   std::string name_;
   PortOptions options_;
-  std::string last_problem_;  // before pty_: opening the pty may leave a warning here
-  Pty pty_;
+  std::unique_ptr<PortIo> io_;
   PortLink link_;
-  EventLoop::WatchId pty_watch_ = 0;
+  std::string last_problem_;
+  bool held_ = false;
+  Poller::WatchId pty_watch_ = 0;  // only while held: an unheld master reports hang-up always
+  Poller::WatchId opened_watch_ = 0;
+  Poller::WatchId socket_watch_ = 0;
 
-  net::UdpSocket socket_;
-  EventLoop::WatchId socket_watch_ = 0;
   std::optional<PortSettings> settings_;
   FlowControl flow_ = FlowControl::Hardware();
+  bool stopped_terminal_ = false;
+  std::optional<std::uint8_t> owed_flow_character_;  // could not be sent yet
+  std::uint64_t dropped_before_ = 0;                 // by sockets closed earlier
 
   std::vector<std::uint8_t> buffer_;
   // Read from the pty, not yet taken by the socket (one datagram).

@@ -1,257 +1,338 @@
 #include "daemon/port.h"
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "daemon/port_io_fake.h"
+
 namespace ketra::vspd {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
+using Call = FakePortIo::Call;
 constexpr std::uint8_t kXon = 0x11;
 constexpr std::uint8_t kXoff = 0x13;
+constexpr net::Endpoint kTerminal{0x7F000001u, 4000};
+constexpr net::Endpoint kStranger{0x7F000001u, 4001};
+constexpr int kPty = FakePortIo::kPtyFd, kSocket = FakePortIo::kSocketFd;
 
-std::uint16_t FreeLoopbackPort() {
-  net::UdpSocket probe;
-  EXPECT_EQ(probe.Open({net::kLoopbackAddress, 0}), 0);
-  return probe.LocalEndpoint().port;
-}
+Bytes Text(const std::string& text) { return Bytes(text.begin(), text.end()); }
 
-// One port on loopback with a peer standing in for the terminal and a program on the pty.
-class PortTest : public ::testing::Test {
+// One port over the fake: each test sets what the program, the terminal and the kernel do and
+// fires the events epoll would report.
+class RelayTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    directory_ = ::testing::TempDir() + "port-test-" + std::to_string(::getpid());
-    EnsureDirectory(directory_);
-    PortOptions options;
-    options.link_directory = directory_;
-    options.group = "";
-    options.bind_address = net::kLoopbackAddress;
-    port_ = std::make_unique<VirtualPort>(loop_, "COM7", options);
-    ASSERT_EQ(peer_.Open({net::kLoopbackAddress, 0}), 0);
-    program_ = net::Fd(::open(port_->link_path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));
-    ASSERT_TRUE(program_.valid());
+  void Make(bool held, std::optional<PortSettings> resumed = std::nullopt) {
+    auto io = std::make_unique<FakePortIo>();
+    io_ = io.get();
+    io_->held = held;
+    port_ = std::make_unique<VirtualPort>(poller_, "COM7", std::move(io), PortOptions{}, resumed);
   }
-
-  PortSettings Settings(bool software = false) {
-    return PortSettings{peer_.LocalEndpoint(), FreeLoopbackPort(), software, kXon, kXoff};
+  void Connect(bool software = false) {
+    ASSERT_EQ(port_->Connect(PortSettings{kTerminal, 3000, software, kXon, kXoff}),
+              kStatusConnected);
   }
-
-  // Runs the loop until `done` holds; false when it did not within a generous bound.
-  bool PumpUntil(const std::function<bool()>& done) {
-    for (int i = 0; i < 400; ++i) {
-      if (done()) return true;
-      loop_.RunOnce(5);
+  void FromTerminal(const Bytes& bytes, net::Endpoint from = kTerminal) {
+    io_->from_terminal.push_back({bytes, from});
+  }
+  std::vector<Bytes> Sent() const {
+    std::vector<Bytes> sent;
+    for (const auto& datagram : io_->sent) {
+      EXPECT_EQ(datagram.peer, kTerminal);
+      sent.push_back(datagram.bytes);
     }
-    return done();
+    return sent;
   }
-  void Pump(int rounds) {
-    for (int i = 0; i < rounds; ++i) loop_.RunOnce(2);
-  }
-
-  void WriteProgram(const Bytes& bytes) {
-    ASSERT_EQ(::write(program_.get(), bytes.data(), bytes.size()),
-              static_cast<ssize_t>(bytes.size()));
-  }
-  Bytes ReadProgram() {
-    Bytes buffer(4096);
-    const ssize_t got = ::read(program_.get(), buffer.data(), buffer.size());
-    buffer.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
-    return buffer;
-  }
-  // Reads the program's side until `size` bytes came or the loop gave up.
-  Bytes ReadProgramUntil(std::size_t size) {
-    Bytes all;
-    PumpUntil([&] {
-      const Bytes more = ReadProgram();
-      all.insert(all.end(), more.begin(), more.end());
-      return all.size() >= size;
-    });
-    return all;
-  }
-  Bytes ReceivePeer() {
-    Bytes buffer(65536);
-    const long got = peer_.ReceiveFrom(buffer, nullptr);
-    buffer.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
-    return buffer;
-  }
-  Bytes ReceivePeerUntilSome() {
-    Bytes got;
-    PumpUntil([&] {
-      got = ReceivePeer();
-      return !got.empty();
-    });
-    return got;
-  }
-  void SendFrom(net::UdpSocket& socket, const Bytes& bytes) {
-    ASSERT_EQ(socket.SendTo(bytes, {net::kLoopbackAddress, port_->local_endpoint().port}),
-              static_cast<long>(bytes.size()));
+  bool Waits(int fd, std::uint32_t event) const {
+    const auto interest = poller_.Interest(fd);
+    return interest && (*interest & event) != 0;
   }
 
-  EventLoop loop_;
-  std::string directory_;
+  FakePoller poller_;
+  FakePortIo* io_ = nullptr;
   std::unique_ptr<VirtualPort> port_;
-  net::UdpSocket peer_;
-  net::Fd program_;
 };
 
-TEST_F(PortTest, RelaysBothWaysOnLoopback) {
-  ASSERT_EQ(port_->Connect(Settings()), kStatusConnected);
-  WriteProgram({'h', 'e', 'l', 'l', 'o', 0, 0xFF});
-  EXPECT_EQ(ReceivePeerUntilSome(), (Bytes{'h', 'e', 'l', 'l', 'o', 0, 0xFF}));
+TEST_F(RelayTest, RelaysBothWaysAndDropsStrangers) {
+  Make(true);
+  Connect();
+  io_->from_program = {Text("hello"), {0, 0xFF}};
+  poller_.Fire(kPty, kReadable);
+  EXPECT_EQ(Sent(), (std::vector<Bytes>{Text("hello"), {0, 0xFF}}));
 
-  SendFrom(peer_, {'w', 'o', 'r', 'l', 'd'});
-  EXPECT_EQ(ReadProgramUntil(5), (Bytes{'w', 'o', 'r', 'l', 'd'}));
-
-  const PortCounters& counters = port_->counters();
-  EXPECT_EQ(counters.bytes_to_udp, 7u);
-  EXPECT_EQ(counters.datagrams_to_udp, 1u);
-  EXPECT_EQ(counters.bytes_to_pty, 5u);
-  EXPECT_EQ(counters.datagrams_from_udp, 1u);
-  EXPECT_EQ(counters.stranger_datagrams, 0u);
+  FromTerminal(Text("evil"), kStranger);
+  FromTerminal(Text("world"));
+  poller_.Fire(kSocket, kReadable);
+  EXPECT_EQ(io_->to_program, Text("world"));
+  const PortCounters& c = port_->counters();
+  EXPECT_EQ(c.bytes_to_udp, 7u);
+  EXPECT_EQ(c.datagrams_to_udp, 2u);
+  EXPECT_EQ(c.bytes_to_pty, 5u);
+  EXPECT_EQ(c.datagrams_from_udp, 1u);
+  EXPECT_EQ(c.stranger_datagrams, 1u);
+  EXPECT_EQ(c.stranger_bytes, 4u);
+  EXPECT_EQ(c.lost_events(), 0u);
 }
 
-TEST_F(PortTest, StrangersCannotInjectBytes) {
-  ASSERT_EQ(port_->Connect(Settings()), kStatusConnected);
-  net::UdpSocket stranger;
-  ASSERT_EQ(stranger.Open({net::kLoopbackAddress, 0}), 0);
-  SendFrom(stranger, {'e', 'v', 'i', 'l'});
-  SendFrom(stranger, {kXoff});
-  ASSERT_TRUE(PumpUntil([&] { return port_->counters().stranger_datagrams == 2; }));
-  EXPECT_EQ(port_->counters().stranger_bytes, 5u);
-  EXPECT_TRUE(ReadProgram().empty());
-
-  SendFrom(peer_, {'o', 'k'});
-  EXPECT_EQ(ReadProgramUntil(2), (Bytes{'o', 'k'}));
-  EXPECT_EQ(port_->counters().stranger_datagrams, 2u);
+TEST_F(RelayTest, AFullSendSideHoldsTheDatagramAndStopsReadingThePty) {
+  for (const int error : {EAGAIN, ENOBUFS}) {
+    SCOPED_TRACE(error);
+    Make(true);
+    Connect();
+    io_->FailNext(Call::kSendTo, error);
+    io_->from_program = {Text("abc"), Text("def")};
+    poller_.Fire(kPty, kReadable);
+    EXPECT_TRUE(io_->sent.empty());
+    EXPECT_FALSE(Waits(kPty, kReadable));
+    EXPECT_TRUE(Waits(kSocket, kWritable));
+    poller_.Fire(kSocket, kWritable);
+    EXPECT_EQ(Sent(), (std::vector<Bytes>{Text("abc"), Text("def")}));
+    EXPECT_TRUE(Waits(kPty, kReadable));
+    EXPECT_FALSE(Waits(kSocket, kWritable));
+    EXPECT_EQ(port_->counters().lost_events(), 0u);
+  }
 }
 
-TEST_F(PortTest, SoftwareFlowXoffHoldsThePtyUntilXon) {
-  ASSERT_EQ(port_->Connect(Settings(true)), kStatusConnected);
-  SendFrom(peer_, {'a', kXoff, 'b'});
-  EXPECT_EQ(ReadProgramUntil(2), (Bytes{'a', 'b'}));  // the flow character is consumed
+TEST_F(RelayTest, ARefusedSendIsCountedAsLoss) {
+  Make(true);
+  Connect();
+  io_->FailNext(Call::kSendTo, EPERM);
+  io_->from_program = {Text("abc"), Text("d")};
+  poller_.Fire(kPty, kReadable);
+  EXPECT_EQ(Sent(), (std::vector<Bytes>{Text("d")}));
+  EXPECT_EQ(port_->counters().send_errors, 1u);
+  EXPECT_EQ(port_->counters().send_error_bytes, 3u);
+}
+
+TEST_F(RelayTest, AShortWriteKeepsTheRestAndHoldsTheSocket) {
+  Make(true);
+  Connect();
+  io_->pty_room = 3;
+  FromTerminal(Text("abcdef"));
+  FromTerminal(Text("gh"));
+  poller_.Fire(kSocket, kReadable);
+  EXPECT_EQ(io_->to_program, Text("abc"));
+  EXPECT_TRUE(Waits(kPty, kWritable));
+  EXPECT_FALSE(Waits(kSocket, kReadable)) << "the socket must wait for the pty";
+  EXPECT_TRUE(io_->sent.empty()) << "no XOFF with hardware flow";
+
+  io_->pty_room = FakePortIo::kUnlimited;
+  poller_.Fire(kPty, kWritable);
+  EXPECT_EQ(io_->to_program, Text("abcdefgh"));
+  EXPECT_TRUE(Waits(kSocket, kReadable));
+  EXPECT_FALSE(Waits(kPty, kWritable));
+}
+
+TEST_F(RelayTest, SoftwareFlowStopsTheTerminalWhileThePtyIsFullAndStartsItWhenDrained) {
+  Make(true);
+  Connect(true);
+  io_->pty_room = 2;
+  FromTerminal(Text("abcd"));
+  FromTerminal(Text("efgh"));
+  poller_.Fire(kSocket, kReadable);
+  EXPECT_EQ(Sent(), (std::vector<Bytes>{{kXoff}}));
+  EXPECT_TRUE(port_->stopped_terminal());
+
+  // Room for part of the backlog only: no XON yet, and no second XOFF.
+  io_->pty_room = 4;
+  poller_.Fire(kPty, kWritable);
+  EXPECT_EQ(io_->to_program, Text("abcdef"));
+  EXPECT_EQ(Sent().size(), 1u);
+
+  io_->pty_room = FakePortIo::kUnlimited;
+  poller_.Fire(kPty, kWritable);
+  EXPECT_EQ(io_->to_program, Text("abcdefgh"));
+  EXPECT_EQ(Sent(), (std::vector<Bytes>{{kXoff}, {kXon}}));
+  EXPECT_FALSE(port_->stopped_terminal());
+  EXPECT_EQ(port_->counters().xoff_sent, 1u);
+  EXPECT_EQ(port_->counters().xon_sent, 1u);
+}
+
+TEST_F(RelayTest, AnXoffThatFindsTheSendSideFullGoesWhenItEmpties) {
+  Make(true);
+  Connect(true);
+  io_->pty_room = 0;
+  io_->FailNext(Call::kSendTo, ENOBUFS);
+  FromTerminal(Text("ab"));
+  poller_.Fire(kSocket, kReadable);
+  EXPECT_TRUE(io_->sent.empty());
+  EXPECT_TRUE(Waits(kSocket, kWritable));
+  poller_.Fire(kSocket, kWritable);
+  EXPECT_EQ(Sent(), (std::vector<Bytes>{{kXoff}}));
+  EXPECT_FALSE(Waits(kSocket, kWritable));
+}
+
+TEST_F(RelayTest, TheTerminalsXoffHoldsThePtyUntilItsXon) {
+  Make(true);
+  Connect(true);
+  FromTerminal({'a', kXoff, 'b'});
+  poller_.Fire(kSocket, kReadable);
+  EXPECT_EQ(io_->to_program, Text("ab"));  // the flow character is consumed
   EXPECT_TRUE(port_->paused());
+  EXPECT_FALSE(Waits(kPty, kReadable));
+  io_->from_program = {Text("123")};
+  poller_.Fire(kPty, kReadable);
+  EXPECT_TRUE(io_->sent.empty());
 
-  WriteProgram({'1', '2', '3'});
-  Pump(30);
-  EXPECT_TRUE(ReceivePeer().empty()) << "bytes went out while paused";
-
-  SendFrom(peer_, {kXon});
-  EXPECT_EQ(ReceivePeerUntilSome(), (Bytes{'1', '2', '3'}));
-  EXPECT_FALSE(port_->paused());
-  EXPECT_TRUE(ReadProgram().empty());
+  FromTerminal({kXon});
+  poller_.Fire(kSocket, kReadable);
+  EXPECT_TRUE(Waits(kPty, kReadable));
+  poller_.Fire(kPty, kReadable);
+  EXPECT_EQ(Sent(), (std::vector<Bytes>{Text("123")}));
 }
 
-TEST_F(PortTest, HardwareFlowPassesFlowCharactersAsData) {
-  ASSERT_EQ(port_->Connect(Settings(false)), kStatusConnected);
-  SendFrom(peer_, {kXoff, 'x', kXon});
-  EXPECT_EQ(ReadProgramUntil(3), (Bytes{kXoff, 'x', kXon}));
-  EXPECT_FALSE(port_->paused());
-  WriteProgram({'y'});
-  EXPECT_EQ(ReceivePeerUntilSome(), (Bytes{'y'}));
+TEST_F(RelayTest, LossesAreCountedWhereTheyHappen) {
+  Make(true);
+  // Not connected: the program's bytes go nowhere.
+  io_->from_program = {Text("1234")};
+  poller_.Fire(kPty, kReadable);
+  EXPECT_EQ(port_->counters().discarded_bytes, 4u);
+
+  Connect();
+  // The pty refuses for good.
+  io_->FailNext(Call::kWritePty, EIO);
+  FromTerminal(Text("xyz"));
+  // The kernel dropped datagrams on this socket, and more on the next one.
+  io_->kernel_dropped = 5;
+  poller_.Fire(kSocket, kReadable);
+  EXPECT_EQ(port_->counters().pty_error_bytes, 3u);
+  EXPECT_EQ(port_->counters().dropped_datagrams, 5u);
+
+  // A datagram that waits for the send side is lost with the connection.
+  io_->FailNext(Call::kSendTo, EAGAIN);
+  io_->from_program = {Text("ab")};
+  poller_.Fire(kPty, kReadable);
+  EXPECT_EQ(port_->Disconnect(), kStatusDisconnected);
+  EXPECT_EQ(port_->counters().discarded_bytes, 6u);
+
+  Connect();
+  io_->kernel_dropped = 2;
+  FromTerminal(Text("q"));
+  poller_.Fire(kSocket, kReadable);
+  EXPECT_EQ(port_->counters().dropped_datagrams, 7u);
+  EXPECT_EQ(port_->counters().lost_events(), 6u + 3u + 7u);
 }
 
-TEST_F(PortTest, ConnectAndDisconnectAnswers) {
-  const PortSettings settings = Settings();
+TEST_F(RelayTest, NobodyHoldsThePortThenAProgramOpensItThenLeaves) {
+  Make(false);
+  Connect(true);
+  EXPECT_FALSE(poller_.Interest(kPty)) << "an unheld master hangs up for ever";
+  FromTerminal(Text("lost"));
+  poller_.Fire(kSocket, kReadable);
+  EXPECT_TRUE(io_->to_program.empty());
+  EXPECT_EQ(port_->counters().unheld_bytes, 4u);
+
+  io_->held = true;
+  poller_.Fire(FakePortIo::kOpenedFd, kReadable);
+  EXPECT_TRUE(port_->held());
+  FromTerminal(Text("seen"));
+  poller_.Fire(kSocket, kReadable);
+  EXPECT_EQ(io_->to_program, Text("seen"));
+
+  // The program stops reading, the terminal is stopped, the program writes and leaves.
+  io_->pty_room = 1;
+  FromTerminal(Text("never"));
+  poller_.Fire(kSocket, kReadable);
+  EXPECT_TRUE(port_->stopped_terminal());
+  io_->from_program = {Text("bye")};
+  io_->held = false;
+  poller_.Fire(kPty, kReadable | kHangUp);
+  EXPECT_FALSE(port_->held());
+  EXPECT_EQ(io_->freshened, 1);
+  EXPECT_FALSE(poller_.Interest(kPty));
+  EXPECT_EQ(Sent(), (std::vector<Bytes>{{kXoff}, Text("bye"), {kXon}}));
+  EXPECT_EQ(port_->counters().unheld_bytes, 4u + 4u) << "what waited for the program";
+}
+
+TEST_F(RelayTest, WhatTheLastProgramWroteWaitsForTheTerminalsXon) {
+  Make(true);
+  Connect(true);
+  FromTerminal({kXoff});
+  poller_.Fire(kSocket, kReadable);
+  io_->from_program = {Text("tail")};
+  io_->held = false;
+  poller_.Fire(kPty, kHangUp);
+  EXPECT_FALSE(port_->held());
+  EXPECT_TRUE(io_->sent.empty());
+  FromTerminal({kXon});
+  poller_.Fire(kSocket, kReadable);
+  EXPECT_EQ(Sent(), (std::vector<Bytes>{Text("tail")}));
+}
+
+TEST_F(RelayTest, ConnectAndDisconnectAnswers) {
+  Make(true);
+  const PortSettings settings{kTerminal, 3000, false, kXon, kXoff};
   struct Step {
     bool connect;
+    std::optional<Call> failing;
     std::uint8_t status;
     bool connected_after;
   };
   const std::vector<Step> steps = {
-      {false, kStatusAlreadyInState, false}, {true, kStatusConnected, true},
-      {true, kStatusAlreadyConnected, true}, {false, kStatusDisconnected, false},
-      {false, kStatusAlreadyInState, false}, {true, kStatusConnected, true},
+      {false, {}, kStatusAlreadyInState, false},
+      {true, Call::kOpenSocket, kStatusConnectionFailed, false},
+      {true, {}, kStatusConnected, true},
+      {true, {}, kStatusAlreadyConnected, true},
+      {false, Call::kCloseSocket, kStatusReleaseFailed, false},
+      {true, {}, kStatusConnected, true},
+      {false, {}, kStatusDisconnected, false},
   };
   for (std::size_t i = 0; i < steps.size(); ++i) {
+    if (steps[i].failing) io_->FailNext(*steps[i].failing, EADDRINUSE);
     const std::uint8_t status = steps[i].connect ? port_->Connect(settings) : port_->Disconnect();
     EXPECT_EQ(status, steps[i].status) << "step " << i;
     EXPECT_EQ(port_->connected(), steps[i].connected_after) << "step " << i;
+    EXPECT_EQ(poller_.Interest(kSocket).has_value(), steps[i].connected_after) << "step " << i;
   }
-  // After the round trip the relay works as before.
-  WriteProgram({'z'});
-  EXPECT_EQ(ReceivePeerUntilSome(), (Bytes{'z'}));
 }
 
-TEST_F(PortTest, DisconnectResumesAPausedPortAndKeepsItPresent) {
-  ASSERT_EQ(port_->Connect(Settings(true)), kStatusConnected);
-  SendFrom(peer_, {kXoff});
-  ASSERT_TRUE(PumpUntil([&] { return port_->paused(); }));
-  EXPECT_EQ(port_->Disconnect(), kStatusDisconnected);
-  EXPECT_FALSE(port_->paused());
-  struct stat info {};
-  EXPECT_EQ(::lstat(port_->link_path().c_str(), &info), 0);
-}
-
-TEST_F(PortTest, ALocalPortHeldElsewhereFailsWith21) {
-  net::UdpSocket holder;
-  ASSERT_EQ(holder.Open({net::kLoopbackAddress, 0}), 0);
-  PortSettings settings = Settings();
-  settings.local_port = holder.LocalEndpoint().port;
-  EXPECT_EQ(port_->Connect(settings), kStatusConnectionFailed);
-  EXPECT_FALSE(port_->connected());
-  EXPECT_NE(port_->last_problem().find("bind"), std::string::npos);
-  holder.Close();
-  EXPECT_EQ(port_->Connect(settings), kStatusConnected);
-}
-
-TEST_F(PortTest, BytesWrittenWhileDisconnectedAreDiscardedAndCounted) {
-  WriteProgram({1, 2, 3, 4});
-  ASSERT_TRUE(PumpUntil([&] { return port_->counters().discarded_bytes == 4; }));
-  ASSERT_EQ(port_->Connect(Settings()), kStatusConnected);
-  WriteProgram({5});
-  EXPECT_EQ(ReceivePeerUntilSome(), (Bytes{5}));  // the old bytes do not come late
-}
-
-TEST_F(PortTest, ALargeTransferLosesNothingEitherWay) {
-  ASSERT_EQ(port_->Connect(Settings()), kStatusConnected);
-  // Toward the pty: many datagrams while the program reads as the loop runs.
-  Bytes expected;
-  for (int i = 0; i < 200; ++i) {
-    Bytes datagram(1000, static_cast<std::uint8_t>(i));
-    expected.insert(expected.end(), datagram.begin(), datagram.end());
-    SendFrom(peer_, datagram);
-    if (i % 20 == 19) Pump(1);
-  }
-  EXPECT_EQ(ReadProgramUntil(expected.size()), expected);
-  EXPECT_EQ(port_->counters().datagrams_from_udp, 200u);
+TEST_F(RelayTest, AResumedPortRelaysWithItsSettings) {
+  auto io = std::make_unique<FakePortIo>();
+  io_ = io.get();
+  io_->held = true;
+  ASSERT_EQ(io_->OpenSocket({0x7F000001u, 3000}, 0), 0);
+  port_ = std::make_unique<VirtualPort>(poller_, "COM7", std::move(io), PortOptions{},
+                                        PortSettings{kTerminal, 3000, true, kXon, kXoff});
+  EXPECT_TRUE(port_->connected());
+  FromTerminal({'a', kXoff});
+  poller_.Fire(kSocket, kReadable);
+  EXPECT_EQ(io_->to_program, Text("a"));
+  EXPECT_TRUE(port_->paused());
 }
 
 TEST(PortLinkTest, TheLinkFollowsThePortAndNeverClobbers) {
-  EventLoop loop;
+  FakePoller poller;
   const std::string directory = ::testing::TempDir() + "link-test-" + std::to_string(::getpid());
   EnsureDirectory(directory + "/deeper");
   PortOptions options;
   options.link_directory = directory + "/deeper";
-  options.group = "";
   std::string link;
   {
-    VirtualPort port(loop, "COM9", options);
+    VirtualPort port(poller, "COM9", std::make_unique<FakePortIo>(), options);
     link = port.link_path();
     char target[256] = {};
     ASSERT_GT(::readlink(link.c_str(), target, sizeof target - 1), 0);
     EXPECT_EQ(std::string(target), port.pty_path());
-    struct stat info {};
-    ASSERT_EQ(::stat(port.pty_path().c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 0777, 0660u);
     // A second port of the same name replaces the link (it takes the name over).
-    VirtualPort again(loop, "COM9", options);
-    ASSERT_GT(::readlink(link.c_str(), target, sizeof target - 1), 0);
+    VirtualPort again(poller, "COM9", std::make_unique<FakePortIo>(), options);
   }
   struct stat info {};
   EXPECT_NE(::lstat(link.c_str(), &info), 0) << "link left behind";
 
   const std::string file = directory + "/deeper/COM8";
   net::Fd(::open(file.c_str(), O_CREAT | O_WRONLY, 0600));
-  EXPECT_THROW(VirtualPort(loop, "COM8", options), std::runtime_error);
+  EXPECT_THROW(VirtualPort(poller, "COM8", std::make_unique<FakePortIo>(), options),
+               std::runtime_error);
   EXPECT_EQ(::lstat(file.c_str(), &info), 0) << "a file not ours was removed";
   ::unlink(file.c_str());
 }

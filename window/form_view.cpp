@@ -6,32 +6,27 @@
 #include <QClipboard>
 #include <QCloseEvent>
 #include <QComboBox>
-#include <QGroupBox>
-#include <QHash>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPainter>
 #include <QPushButton>
-#include <QRadioButton>
-#include <QRegularExpression>
 #include <QScreen>
 #include <QSignalBlocker>
-#include <QStyleOptionTabWidgetFrame>
-#include <QStylePainter>
-#include <QTabBar>
 #include <QTimer>
-#include <QToolButton>
 #include <algorithm>
 #include <cmath>
 #include <iostream>
 #include <optional>
 #include <stdexcept>
 
-#include "config_appl/form/lamp_bitmaps.h"
 #include "platform/runtime/codepage.h"
 #include "platform/runtime/conversion_error.h"
+#include "window/frame_box.h"
+#include "window/key_kinds.h"
+#include "window/option_button.h"
 #include "window/tab_strip.h"
+#include "window/tab_view.h"
+#include "window/up_down_box.h"
 
 namespace ketra::window {
 namespace {
@@ -45,169 +40,6 @@ constexpr int kTabsPerRow = 4;
 
 QString ToQt(std::string_view ansi) { return QString::fromStdString(runtime::AnsiToUtf8(ansi)); }
 std::string ToAnsi(const QString& text) { return runtime::Utf8ToAnsi(text.toStdString()); }
-
-// A frame whose look follows its own Enabled flag only. Qt would grey everything inside a
-// disabled group box; the engine's frames leave the look of what they hold to each control's own
-// flag, and only take it out of reach (the view's event filter does that).
-//
-// It is drawn here as an etched rectangle with its caption set into the top edge, the classic
-// look of such frames; Fusion's own group box loads a picture from its resources on first paint,
-// which costs the window several milliseconds at start.
-class FrameBox : public QGroupBox {
- public:
-  using QGroupBox::QGroupBox;
-  void SetLookEnabled(bool enabled) {
-    if (look_enabled_ == enabled) return;
-    look_enabled_ = enabled;
-    update();
-  }
-
- protected:
-  void paintEvent(QPaintEvent*) override {
-    QPainter painter(this);
-    const QFontMetrics metrics = fontMetrics();
-    const QString caption = title();
-    const int top = caption.isEmpty() ? 0 : metrics.height() / 2;
-    const QRect edge = rect().adjusted(0, top, -2, -2);
-    painter.setPen(palette().color(QPalette::Dark));
-    painter.drawRect(edge);
-    painter.setPen(palette().color(QPalette::Light));
-    painter.drawRect(edge.translated(1, 1));
-    if (caption.isEmpty()) return;
-    const int indent = metrics.averageCharWidth();
-    const QRect text(indent, 0, metrics.horizontalAdvance(caption) + indent, metrics.height());
-    painter.fillRect(text, palette().window());
-    style()->drawItemText(&painter, text, Qt::AlignCenter | Qt::TextShowMnemonic, palette(),
-                          look_enabled_, caption, QPalette::WindowText);
-  }
-
- private:
-  bool look_enabled_ = true;
-};
-
-// An option button that never changes its own state: its Value is the engine's alone, and
-// exclusion within a frame is the engine's rule, not Qt's.
-class OptionButton : public QRadioButton {
- public:
-  using QRadioButton::QRadioButton;
-
- protected:
-  void nextCheckState() override {}
-};
-
-// The tab control: the strip at the top, a panel below it, and the page frames standing on the
-// control at their own geometry.
-class TabView : public QWidget {
- public:
-  explicit TabView(QWidget* parent) : QWidget(parent) {}
-  void SetStrip(TabStrip* strip) { strip_ = strip; }
-
- protected:
-  void paintEvent(QPaintEvent*) override {
-    QPainter painter(this);
-    QStyleOptionTabWidgetFrame option;
-    option.initFrom(this);
-    const int top = strip_ ? strip_->height() - 1 : 0;
-    option.rect = QRect(0, top, width(), height() - top);
-    option.shape = QTabBar::RoundedNorth;
-    option.tabBarSize = strip_ ? strip_->size() : QSize();
-    option.selectedTabRect = strip_ ? strip_->tabRect(strip_->currentIndex()) : QRect();
-    option.lineWidth = style()->pixelMetric(QStyle::PM_DefaultFrameWidth, nullptr, this);
-    style()->drawPrimitive(QStyle::PE_FrameTabWidget, &option, &painter, this);
-  }
-
- private:
-  TabStrip* strip_ = nullptr;
-};
-
-// The up-down control: an up arrow above a down arrow.
-class UpDownBox : public QWidget {
- public:
-  explicit UpDownBox(QWidget* parent) : QWidget(parent) {
-    up = new QToolButton(this);
-    down = new QToolButton(this);
-    for (QToolButton* arrow : {up, down}) {
-      arrow->setAutoRepeat(true);
-      arrow->setFocusPolicy(Qt::NoFocus);
-    }
-    up->setArrowType(Qt::UpArrow);
-    down->setArrowType(Qt::DownArrow);
-  }
-  QToolButton* up;
-  QToolButton* down;
-
- protected:
-  void resizeEvent(QResizeEvent*) override {
-    const int half = height() / 2;
-    up->setGeometry(0, 0, width(), half);
-    down->setGeometry(0, half, width(), height() - half);
-  }
-};
-
-bool IsNavigation(const QKeyEvent* key) {
-  static constexpr QKeySequence::StandardKey kMoves[] = {
-      QKeySequence::MoveToNextChar,     QKeySequence::MoveToPreviousChar,
-      QKeySequence::MoveToNextWord,     QKeySequence::MoveToPreviousWord,
-      QKeySequence::MoveToStartOfLine,  QKeySequence::MoveToEndOfLine,
-      QKeySequence::MoveToStartOfBlock, QKeySequence::MoveToEndOfBlock,
-      QKeySequence::SelectNextChar,     QKeySequence::SelectPreviousChar,
-      QKeySequence::SelectNextWord,     QKeySequence::SelectPreviousWord,
-      QKeySequence::SelectStartOfLine,  QKeySequence::SelectEndOfLine,
-      QKeySequence::SelectStartOfBlock, QKeySequence::SelectEndOfBlock,
-  };
-  return std::any_of(std::begin(kMoves), std::end(kMoves),
-                     [key](QKeySequence::StandardKey move) { return key->matches(move); }) ||
-         key->key() == Qt::Key_Home || key->key() == Qt::Key_End;
-}
-
-bool IsTypedText(const QKeyEvent* key) {
-  if (key->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) return false;
-  const QString text = key->text();
-  return !text.isEmpty() &&
-         std::all_of(text.begin(), text.end(), [](QChar ch) { return ch.isPrint(); });
-}
-
-// What a paste brings into a one-line box: the clipboard's text up to its first line break.
-QString FirstLine(const QString& text) {
-  const qsizetype end = text.indexOf(QRegularExpression(QStringLiteral("[\r\n]")));
-  return end < 0 ? text : text.left(end);
-}
-
-std::uint32_t LittleEndian(const std::vector<std::uint8_t>& bytes, size_t at, int size) {
-  std::uint32_t value = 0;
-  for (int i = size - 1; i >= 0; --i) value = (value << 8) | bytes[at + static_cast<size_t>(i)];
-  return value;
-}
-
-}  // namespace
-
-QImage BitmapImage(const std::vector<std::uint8_t>& bytes) {
-  // Uncompressed 24-bit bitmaps are read here: Qt's reader would first look through its image
-  // format plugins, which costs more at start than the rest of the pictures' work.
-  constexpr size_t kHeaderSize = 54;
-  if (bytes.size() >= kHeaderSize && bytes[0] == 'B' && bytes[1] == 'M' &&
-      LittleEndian(bytes, 28, 2) == 24 && LittleEndian(bytes, 30, 4) == 0) {
-    const auto width = static_cast<std::int32_t>(LittleEndian(bytes, 18, 4));
-    const auto height = static_cast<std::int32_t>(LittleEndian(bytes, 22, 4));
-    const size_t offset = LittleEndian(bytes, 10, 4);
-    const int rows = height < 0 ? -height : height;
-    const size_t stride = (static_cast<size_t>(width) * 3 + 3) & ~size_t{3};
-    if (width > 0 && rows > 0 && offset + stride * static_cast<size_t>(rows) <= bytes.size()) {
-      QImage image(width, rows, QImage::Format_RGB32);
-      for (int y = 0; y < rows; ++y) {
-        // Rows stand bottom-up unless the height is negative.
-        const size_t row = static_cast<size_t>(height > 0 ? rows - 1 - y : y);
-        const std::uint8_t* pixel = bytes.data() + offset + row * stride;
-        auto* line = reinterpret_cast<QRgb*>(image.scanLine(y));
-        for (int x = 0; x < width; ++x, pixel += 3) line[x] = qRgb(pixel[2], pixel[1], pixel[0]);
-      }
-      return image;
-    }
-  }
-  return QImage::fromData(bytes.data(), static_cast<int>(bytes.size()), "BMP");
-}
-
-namespace {
 
 bool IsMouseInput(QEvent::Type type) {
   return type == QEvent::MouseButtonPress || type == QEvent::MouseButtonRelease ||
@@ -227,16 +59,14 @@ struct FormView::Entry {
   forms::Picture shown_picture = forms::Picture::kNone;
 };
 
-FormView::FormView(forms::Form& form, double dpi, QWidget* parent)
+FormView::FormView(forms::Form& form, const PictureSet& pictures, double dpi, QWidget* parent)
     : QWidget(parent), form_(form), dpi_(dpi) {
   if (dpi_ <= 0) {
     const QScreen* screen = QGuiApplication::primaryScreen();
     dpi_ = screen ? screen->logicalDotsPerInchY() : 96.0;
   }
-  for (const forms::Picture picture :
-       {forms::Picture::kGreen, forms::Picture::kRed, forms::Picture::kGrey}) {
-    pictures_[static_cast<size_t>(picture)] =
-        QPixmap::fromImage(BitmapImage(form::LampBitmap(picture)));
+  for (size_t picture = 0; picture < pictures.size(); ++picture) {
+    if (!pictures[picture].isNull()) pictures_[picture] = QPixmap::fromImage(pictures[picture]);
   }
   // The window's own font, small enough for the boxes' heights of the layout; every control
   // takes it, none sets one of its own.

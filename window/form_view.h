@@ -17,7 +17,6 @@
 #include <QPixmap>
 #include <QWidget>
 #include <array>
-#include <cstdint>
 #include <functional>
 #include <string_view>
 #include <vector>
@@ -33,15 +32,17 @@ class TabStrip;
 // Twips (1,440 to the inch) to pixels at `dpi` logical dots per inch.
 int TwipsToPixels(int twips, double dpi);
 
-// The picture of a Windows bitmap file.
-QImage BitmapImage(const std::vector<std::uint8_t>& bytes);
+// The picture an image control shows for each forms::Picture, indexed by its value; the
+// picture of kNone stays empty.
+using PictureSet = std::array<QImage, 4>;
 
 class FormView : public QWidget {
   Q_OBJECT
 
  public:
-  // `dpi` of 0 takes the logical DPI of the primary screen.
-  explicit FormView(forms::Form& form, double dpi = 0, QWidget* parent = nullptr);
+  // `pictures` are copied. `dpi` of 0 takes the logical DPI of the primary screen.
+  FormView(forms::Form& form, const PictureSet& pictures, double dpi = 0,
+           QWidget* parent = nullptr);
   ~FormView() override;
 
   // The widget that stands for a control; nullptr for the form itself and for timers.

@@ -32,7 +32,9 @@
 #include "tools/ketra-session/json_dump.h"
 #include "tools/ketra-session/session.h"
 #include "window/app_icon.h"
+#include "window/bitmap_image.h"
 #include "window/form_view.h"
+#include "window/lamp_pictures.h"
 #include "window/qt_message_boxes.h"
 #include "window/tab_strip.h"
 
@@ -160,7 +162,7 @@ struct WindowRun {
   WindowRun() : hive(HiveWithPorts()) {
     program = std::make_unique<Program>(Platform{*hive, device, app, files, boxes});
     program->Start();
-    view = std::make_unique<FormView>(program->form(), 96.0);
+    view = std::make_unique<FormView>(program->form(), LampPictures(), 96.0);
     view->show();
     view->activateWindow();
     QVERIFY(QTest::qWaitForWindowExposed(view.get()));

@@ -26,6 +26,7 @@
 #include "window/app_icon.h"
 #include "window/first_frame.h"
 #include "window/form_view.h"
+#include "window/lamp_pictures.h"
 #include "window/qt_message_boxes.h"
 
 namespace {
@@ -109,7 +110,7 @@ int main(int argc, char** argv) {
     return 1;
   }
 
-  ketra::window::FormView view(program->form());
+  ketra::window::FormView view(program->form(), ketra::window::LampPictures());
   qt_boxes.SetParent(&view);
   QObject::connect(&view, &ketra::window::FormView::programEnded, &app,
                    [] { QCoreApplication::exit(0); });

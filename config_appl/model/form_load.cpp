@@ -25,15 +25,17 @@ void Step(Body&& body) {
 
 // The start-up tells a first run by row 0 alone. Ports whose keys disagree with that verdict
 // are put right before the save, so that no stored settings are overwritten and no port is
-// saved without settings: on a first run a port that has a key keeps its stored settings; on a
-// later run a port without a key (one added since the last save) takes its defaults.
+// saved without settings: on a first run a port that has a key keeps its stored settings, and a
+// value its key lacks keeps the row's default; on a later run a port without a key (one added
+// since the last save) takes its defaults.
 void ReconcileWithStore(Program& p, bool first_run) {
   Declarations& d = p.decl();
   for (int r = 0; r <= d.LastPort; ++r) {
     PortRecord& row = d.PortTable[r];
     if (first_run) {
       if (r == 0) continue;
-      if (std::optional<PortRecord> stored = ReadStoredPort(p.registry(), row.PortName)) {
+      // PopulateData has just given the row its defaults.
+      if (std::optional<PortRecord> stored = ReadStoredPortOver(p.registry(), row)) {
         row = *stored;
       }
     } else if (!PortKeyExists(p.registry(), row.PortName)) {

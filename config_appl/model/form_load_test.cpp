@@ -119,5 +119,34 @@ TEST(FormLoad, APortMovedIntoRowZeroDoesNotCostTheOthersTheirSettings) {
   EXPECT_EQ(f.Stored("COM4", "XON"), "17");
 }
 
+// A first run (row 0 has no key) with a later port whose key some hand or older version left
+// incomplete: what the key holds is kept, what it lacks takes the row's default rather than the
+// read's blanks (which would save a LOCALPORT of blanks and an address of 0.0.0.0).
+TEST(FormLoad, FirstRunFillsTheValuesALaterPortsKeyLacksWithItsDefaults) {
+  ProgramFixture f;
+  f.AddPorts(3);
+  f.Store("COM4", "FLOWCONTROL", "49");
+  f.Store("COM4", "XON", "17");
+  f.Store("COM5", "LOCALPORT", "5555");
+  ASSERT_TRUE(f.Start());
+  const std::pair<const char*, const char*> com4[] = {
+      {"ENABLED", "49"},
+      {"FLOWCONTROL", "49"},
+      {"XON", "17"},
+      {"XOFF", "65"},
+      {"LOCALPORT", "3001"},
+      {"REMOTEPORT", "3004"},
+      {"REMOTEIP", "587311296"},
+  };
+  for (const auto& [name, text] : com4) EXPECT_EQ(f.Stored("COM4", name), text) << name;
+  const std::pair<const char*, const char*> com5[] = {
+      {"ENABLED", "49"},      {"FLOWCONTROL", "48"},     {"LOCALPORT", "5555"},
+      {"REMOTEPORT", "3005"}, {"REMOTEIP", "587311296"},
+  };
+  for (const auto& [name, text] : com5) EXPECT_EQ(f.Stored("COM5", name), text) << name;
+  EXPECT_EQ(f.row(1).RemoteIP, "192.168.1.35");
+  EXPECT_EQ(f.row(2).LocalPort, "5555");
+}
+
 }  // namespace
 }  // namespace ketra

@@ -6,6 +6,7 @@
 
 #include "platform/forms/services.h"
 #include "platform/net/inet.h"
+#include "platform/registry/registry_batch.h"
 
 namespace ketra {
 namespace {
@@ -31,6 +32,9 @@ void SetRegistryValue(Program& p, registry::HKey hive, std::string_view company,
   const registry::Status status = reg.CreateKeyEx(hive, KeyPath(company, product, section), 0,
                                                   registry::kKeyWrite, &key, &disposition);
   if (status != registry::kErrorSuccess) {
+    // The writes before this one stay stored, and the store is not held locked while the box
+    // waits for the user.
+    registry::CommitOpenBatch(reg);
     p.MsgBox("Error opening or creating registry key -- aborting.", forms::MsgBoxStyle::kCritical);
     throw forms::ProgramEnded{};
   }
@@ -107,6 +111,19 @@ bool PortKeyExists(registry::Registry& reg, std::string_view port_name) {
   }
   reg.CloseKey(key);
   return true;
+}
+
+bool PortValueExists(registry::Registry& reg, std::string_view port_name,
+                     std::string_view value_name) {
+  registry::HKey key = 0;
+  if (reg.OpenKeyEx(registry::kHKeyLocalMachine, KeyPath(kCompany, kProduct, port_name), 0,
+                    registry::kKeyRead, &key) != registry::kErrorSuccess) {
+    return false;
+  }
+  const bool exists =
+      reg.QueryValueEx(key, value_name, nullptr, nullptr, nullptr) == registry::kErrorSuccess;
+  reg.CloseKey(key);
+  return exists;
 }
 
 }  // namespace ketra

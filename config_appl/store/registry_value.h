@@ -56,6 +56,10 @@ const std::string& ReadPortValue(Program& p, std::string_view port_name,
 // Whether the port's key exists in the store (it opens for reading).
 bool PortKeyExists(registry::Registry& reg, std::string_view port_name);
 
+// Whether the port's key exists and holds the value.
+bool PortValueExists(registry::Registry& reg, std::string_view port_name,
+                     std::string_view value_name);
+
 }  // namespace ketra
 
 #endif  // KETRA_CONFIG_APPL_STORE_REGISTRY_VALUE_H_

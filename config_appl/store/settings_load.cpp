@@ -5,22 +5,29 @@
 
 namespace ketra {
 
-void ReadPortSettings(registry::Registry& reg, std::string& reg_value, PortRecord& row) {
+void ReadPortSettings(registry::Registry& reg, std::string& reg_value, PortRecord& row,
+                      MissingValue missing) {
   using runtime::LeadingNumber;
-  const std::string& name = row.PortName;
+  const std::string name = row.PortName;
   auto read = [&](std::string_view value_name) -> const std::string& {
     return ReadPortValue(reg, reg_value, name, value_name);
   };
-  row.Enabled = LeadingNumber(read("ENABLED")) == 49 ? -1 : 0;
-  row.LocalPort = read("LOCALPORT");
-  row.FlowControl = LeadingNumber(read("FLOWCONTROL")) == 48 ? "0" : "1";
+  // Whether the value is to be read at all: with kKeepRow, a value the key lacks leaves its field.
+  auto held = [&](std::string_view value_name) {
+    return missing == MissingValue::kReadBlanks || PortValueExists(reg, name, value_name);
+  };
+  if (held("ENABLED")) row.Enabled = LeadingNumber(read("ENABLED")) == 49 ? -1 : 0;
+  if (held("LOCALPORT")) row.LocalPort = read("LOCALPORT");
+  if (held("FLOWCONTROL")) row.FlowControl = LeadingNumber(read("FLOWCONTROL")) == 48 ? "0" : "1";
   if (row.FlowControl == "1") {
-    row.XOFF = runtime::ByteFromText(read("XOFF"));
-    row.XON = runtime::ByteFromText(read("XON"));
+    if (held("XOFF")) row.XOFF = runtime::ByteFromText(read("XOFF"));
+    if (held("XON")) row.XON = runtime::ByteFromText(read("XON"));
   }
-  const double address = LeadingNumber(read("REMOTEIP"));
-  row.RemoteIP = IpFromLong(runtime::RoundToInt32(address));
-  row.RemotePort = read("REMOTEPORT");
+  if (held("REMOTEIP")) {
+    const double address = LeadingNumber(read("REMOTEIP"));
+    row.RemoteIP = IpFromLong(runtime::RoundToInt32(address));
+  }
+  if (held("REMOTEPORT")) row.RemotePort = read("REMOTEPORT");
 }
 
 void ReadTheRegistry(Program& p) {

@@ -16,8 +16,15 @@ namespace ketra {
 // take the previous port's last text for its own.
 void ReadTheRegistry(Program& p);
 
+// What a read does with a value the port's key lacks.
+enum class MissingValue {
+  kReadBlanks,  // as the load does: the read gives the buffer's 254 blanks
+  kKeepRow,     // the row's field keeps what it holds (a default, say)
+};
+
 // The reads of ReadTheRegistry for one row, through `reg_value` (a program's RegValue).
-void ReadPortSettings(registry::Registry& reg, std::string& reg_value, PortRecord& row);
+void ReadPortSettings(registry::Registry& reg, std::string& reg_value, PortRecord& row,
+                      MissingValue missing = MissingValue::kReadBlanks);
 
 }  // namespace ketra
 

@@ -4,6 +4,7 @@
 
 #include "config_appl/store/registry_value.h"
 #include "platform/net/inet.h"
+#include "platform/registry/registry_batch.h"
 #include "platform/runtime/conversions.h"
 
 namespace ketra {
@@ -19,6 +20,10 @@ std::string StoredAddress(const std::string& dotted) {
 }
 
 void CreateConfigFile2(Program& p) {
+  // One transaction: another process, or a kill in the middle, sees the store as it was before
+  // the save or as it is after it. A key that cannot be created commits what was written before
+  // it (SetRegistryValue) and ends the program.
+  registry::ScopedBatch batch(p.registry());
   Declarations& d = p.decl();
   for (int r = 0; r <= d.LastPort; ++r) {
     const PortRecord& row = d.PortTable[r];

@@ -1,5 +1,8 @@
 // The save and the load of every port's settings, and their round trip.
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <string>
 #include <vector>
@@ -7,13 +10,17 @@
 #include "config_appl/model/populate_data.h"
 #include "config_appl/model/program_fixture.h"
 #include "config_appl/model/read_registry.h"
+#include "config_appl/store/registry_value.h"
 #include "config_appl/store/settings_load.h"
 #include "config_appl/store/settings_save.h"
+#include "platform/registry/sqlite_hive.h"
+#include "platform/registry/test_hive_dir.h"
 #include "platform/runtime/conversion_error.h"
 
 namespace ketra {
 namespace {
 
+using testing::Box;
 using testing::ProgramFixture;
 
 // Discovery and the start-up's presets, without the form.
@@ -101,6 +108,82 @@ TEST(CreateConfigFile2, SwitchesHaveExactlyTwoForms) {
     EXPECT_EQ(f.Stored(port, "FLOWCONTROL"), "48") << port;
     EXPECT_EQ(f.Stored(port, "ENABLED"), "48") << port;
   }
+}
+
+TEST(CreateConfigFile2, AKeyThatCannotBeCreatedKeepsWhatWasWrittenBeforeIt) {
+  ProgramFixture f;
+  Discover(f, 4);
+  PopulateData(f.p());
+  f.registry.FailWhen(registry::FaultyRegistry::Op::kCreate, "COM5");
+  EXPECT_THROW(CreateConfigFile2(f.p()), forms::ProgramEnded);
+  EXPECT_EQ(f.TakeBoxes(), (std::vector<Box>{{"Error opening or creating registry key -- aborting.",
+                                              forms::MsgBoxStyle::kCritical}}));
+  EXPECT_EQ(f.Stored("COM3", "REMOTEIP"), "587311296");
+  EXPECT_EQ(f.Stored("COM4", "REMOTEIP"), "587311296");
+  EXPECT_EQ(f.Stored("COM5", "PORTNAME"), "<missing>");
+  EXPECT_EQ(f.Stored("COM6", "PORTNAME"), "<missing>");
+  EXPECT_FALSE(f.registry.InBatch());
+}
+
+// A save on a real hive file, killed at a moment of its own choosing: the store holds one
+// whole save, the last one reported done or the one that was under way, never a mix.
+TEST(CreateConfigFile2, ASaveKilledAtAnyMomentLeavesTheStoreAsBeforeOrAfterIt) {
+  constexpr int kPorts = 101;
+  registry::TestHiveDir dir;
+  const std::string hive = dir.File("hive.db");
+  int fds[2];
+  ASSERT_EQ(pipe(fds), 0);
+  const pid_t pid = fork();
+  if (pid == 0) {
+    close(fds[0]);
+    ProgramFixture f;
+    auto file = registry::OpenSqliteHive(hive);
+    Program program(Platform{*file, f.traced, f.app, f.files, f.boxes});
+    Declarations& d = program.decl();
+    d.LastPort = kPorts - 1;
+    for (int round = 1;; ++round) {
+      for (int r = 0; r < kPorts; ++r) {
+        d.PortTable[r] = {-1,
+                          "COM" + std::to_string(r + 3),
+                          "127.0.0.1",
+                          std::to_string(round),
+                          std::to_string(round),
+                          "0",
+                          static_cast<std::uint8_t>(round),
+                          65};
+      }
+      CreateConfigFile2(program);
+      if (write(fds[1], &round, sizeof round) != sizeof round) _exit(2);
+    }
+  }
+  close(fds[1]);
+  int reported = 0;
+  int value = 0;
+  while (reported < 12 && read(fds[0], &value, sizeof value) == sizeof value) reported = value;
+  // Into the next save, which takes some milliseconds.
+  usleep(2000);
+  kill(pid, SIGKILL);
+  int status = 0;
+  waitpid(pid, &status, 0);
+  EXPECT_TRUE(WIFSIGNALED(status));
+  while (read(fds[0], &value, sizeof value) == sizeof value) reported = value;
+  close(fds[0]);
+  ASSERT_GE(reported, 12);
+
+  auto file = registry::OpenSqliteHive(hive);
+  std::string reg_value;
+  const std::string first = ReadPortValue(*file, reg_value, "COM3", "LOCALPORT");
+  const int round = std::stoi(first);
+  EXPECT_TRUE(round == reported || round == reported + 1) << round << " after " << reported;
+  int mixed = 0;
+  for (int r = 0; r < kPorts; ++r) {
+    const std::string port = "COM" + std::to_string(r + 3);
+    for (const char* name : {"LOCALPORT", "REMOTEPORT"}) {
+      if (ReadPortValue(*file, reg_value, port, name) != first) ++mixed;
+    }
+    if (ReadPortValue(*file, reg_value, port, "XON") != std::to_string(round % 256)) ++mixed;
+  }
+  EXPECT_EQ(mixed, 0);
 }
 
 TEST(ReadTheRegistry, RoundTripGivesTheNormalForms) {

@@ -24,4 +24,16 @@ std::optional<PortRecord> ReadStoredPort(registry::Registry& registry, std::stri
   return row;
 }
 
+std::optional<PortRecord> ReadStoredPortOver(registry::Registry& registry, const PortRecord& base) {
+  if (!PortKeyExists(registry, base.PortName)) return std::nullopt;
+  PortRecord row = base;
+  std::string reg_value;
+  try {
+    ReadPortSettings(registry, reg_value, row, MissingValue::kKeepRow);
+  } catch (const runtime::ConversionError&) {
+    return std::nullopt;
+  }
+  return row;
+}
+
 }  // namespace ketra

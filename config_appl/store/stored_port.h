@@ -16,6 +16,11 @@ namespace ketra {
 // the values start-up gives such a port.
 std::optional<PortRecord> ReadStoredPort(registry::Registry& registry, std::string_view port_name);
 
+// The row `base` (its PortName names the key) with each value its key holds read over the
+// field; a value the key lacks leaves the field as `base` has it. nullopt when the key does not
+// exist or a held value does not convert.
+std::optional<PortRecord> ReadStoredPortOver(registry::Registry& registry, const PortRecord& base);
+
 }  // namespace ketra
 
 #endif  // KETRA_CONFIG_APPL_STORE_STORED_PORT_H_

@@ -32,6 +32,11 @@ Fd ConnectTo(const std::string& socket_path) {
 
 enum class Outcome { kAnswered, kTimedOut, kBroken };
 
+// A status document in pieces ends by this size, or the daemon is not to be believed.
+constexpr std::size_t kMostStatusText = 64 << 20;
+
+Outcome Receive(const Fd& fd, std::chrono::milliseconds timeout, vspd::Reply* reply);
+
 // One request and its answer. A record that is not a valid reply counts as a broken channel.
 Outcome Exchange(const Fd& fd, const vspd::Request& request, std::chrono::milliseconds timeout,
                  vspd::Reply* reply) {
@@ -40,6 +45,11 @@ Outcome Exchange(const Fd& fd, const vspd::Request& request, std::chrono::millis
       static_cast<ssize_t>(message.size())) {
     return Outcome::kBroken;
   }
+  return Receive(fd, timeout, reply);
+}
+
+// The next message, which must be a valid reply.
+Outcome Receive(const Fd& fd, std::chrono::milliseconds timeout, vspd::Reply* reply) {
   pollfd watch{fd.get(), POLLIN, 0};
   int ready = 0;
   do {
@@ -155,9 +165,15 @@ std::optional<std::string> QueryVspdStatus(const std::string& socket_path,
   if (Exchange(fd, vspd::StatusRequest{}, answer_timeout, &reply) != Outcome::kAnswered) {
     return std::nullopt;
   }
-  auto* status = std::get_if<vspd::StatusReply>(&reply);
-  if (status == nullptr) return std::nullopt;
-  return std::move(status->json);
+  std::string document;
+  for (;;) {
+    auto* status = std::get_if<vspd::StatusReply>(&reply);
+    if (status == nullptr) return std::nullopt;
+    document += status->json;
+    if (!status->more) return document;
+    if (document.size() > kMostStatusText) return std::nullopt;
+    if (Receive(fd, answer_timeout, &reply) != Outcome::kAnswered) return std::nullopt;
+  }
 }
 
 }  // namespace ketra::device

@@ -14,6 +14,7 @@ enum Kind : std::uint8_t {
   kIoctlReply = 130,
   kCloseReply = 131,
   kStatusReply = 132,
+  kStatusPiece = 133,
   kRefused = 255,
 };
 
@@ -126,7 +127,7 @@ std::vector<std::uint8_t> EncodeReply(const Reply& reply) {
     out = Header(kCloseReply);
     PutU32(out, close->error);
   } else if (const auto* status = std::get_if<StatusReply>(&reply)) {
-    out = Header(kStatusReply);
+    out = Header(status->more ? kStatusPiece : kStatusReply);
     PutText(out, status->json);
   } else {
     const auto& refusal = std::get<Refusal>(reply);
@@ -177,11 +178,12 @@ std::optional<Reply> ParseReply(std::span<const std::uint8_t> message, ParseErro
       if (payload.size() != 4) return Fail<Reply>(error, ParseError::kBadLength);
       return CloseReply{GetU32(payload)};
     case kStatusReply:
+    case kStatusPiece:
       if (payload.size() > kMaxStatusText) return Fail<Reply>(error, ParseError::kBadLength);
       if (std::find(payload.begin(), payload.end(), 0) != payload.end()) {
         return Fail<Reply>(error, ParseError::kBadText);
       }
-      return StatusReply{std::string(payload.begin(), payload.end())};
+      return StatusReply{std::string(payload.begin(), payload.end()), kind == kStatusPiece};
     case kRefused:
       if (payload.size() < 4 || payload.size() > 4 + kMaxReasonLength) {
         return Fail<Reply>(error, ParseError::kBadLength);

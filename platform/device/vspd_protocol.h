@@ -9,7 +9,9 @@
 //   replies 129 open    error (u32 little-endian, 0 = success)
 //           130 ioctl   error (u32) and the 12 output bytes: exactly 16
 //           131 close   error (u32)
-//           132 status  a JSON document, UTF-8, at most kMaxStatusText bytes
+//           132 status  a JSON document, UTF-8, or its last piece: at most kMaxStatusText bytes
+//           133 status  a piece of the document that goes on in the next message (a document
+//                       larger than a socket's buffer takes several messages)
 //           255 refused error (u32) and a reason, 0 to 200 printable ASCII bytes
 // Anything else (short, long, unknown kind, bad bytes) does not parse. Error numbers are the
 // platform's (2 no such device, 6 invalid handle, 87 invalid parameter, 123 invalid name, 1
@@ -36,6 +38,8 @@ inline constexpr std::size_t kRecordSize = 12;
 inline constexpr std::size_t kMaxPathLength = 260;
 inline constexpr std::size_t kMaxReasonLength = 200;
 inline constexpr std::size_t kMaxStatusText = 1 << 20;
+// The daemon sends the status document in pieces of this size, well inside a socket's buffer.
+inline constexpr std::size_t kStatusPieceSize = 32 << 10;
 // Large enough for any message, the status reply included.
 inline constexpr std::size_t kMaxMessageSize = kHeaderSize + kMaxStatusText;
 // Large enough for any request.
@@ -82,6 +86,7 @@ struct CloseReply {
 };
 struct StatusReply {
   std::string json;
+  bool more = false;  // a piece: the document goes on in the next message
   friend bool operator==(const StatusReply&, const StatusReply&) = default;
 };
 struct Refusal {

@@ -1,4 +1,5 @@
-// Names of the control kinds and pictures as the session's dumps print them.
+// Names of the control kinds and pictures as the session's dumps print them, and what each kind
+// of control can do.
 #include "platform/forms/control.h"
 
 namespace ketra::forms {
@@ -29,6 +30,33 @@ std::string_view KindName(Kind kind) {
       return "updown";
   }
   return "";
+}
+
+bool TakesFocus(Kind kind) {
+  switch (kind) {
+    case Kind::kTab:
+    case Kind::kTextBox:
+    case Kind::kOption:
+    case Kind::kComboBox:
+    case Kind::kButton:
+    case Kind::kUpDown:
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool HasCaption(Kind kind) {
+  switch (kind) {
+    case Kind::kForm:
+    case Kind::kFrame:
+    case Kind::kLabel:
+    case Kind::kButton:
+    case Kind::kOption:
+      return true;
+    default:
+      return false;
+  }
 }
 
 std::string_view PictureName(Picture picture) {

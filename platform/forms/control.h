@@ -26,6 +26,11 @@ enum class Kind {
 // "form", "tab", "frame", "label", "textbox", "option", "combobox", "button", "image",
 // "timer", "updown".
 std::string_view KindName(Kind kind);
+// Kinds a user can move the focus to: tab control, text box, option button, combo box, command
+// button, up-down control. Forms, frames, labels, images and timers never take it.
+bool TakesFocus(Kind kind);
+// Kinds whose text is a caption: the form, frames, labels, command and option buttons.
+bool HasCaption(Kind kind);
 
 enum class Picture { kNone, kGreen, kRed, kGrey };
 // "", "green", "red", "grey".

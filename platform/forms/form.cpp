@@ -16,33 +16,6 @@ std::string Upper(std::string_view name) {
   return upper;
 }
 
-bool TakesFocus(Kind kind) {
-  switch (kind) {
-    case Kind::kTab:
-    case Kind::kTextBox:
-    case Kind::kOption:
-    case Kind::kComboBox:
-    case Kind::kButton:
-    case Kind::kUpDown:
-      return true;
-    default:
-      return false;
-  }
-}
-
-bool HasCaption(Kind kind) {
-  switch (kind) {
-    case Kind::kForm:
-    case Kind::kFrame:
-    case Kind::kLabel:
-    case Kind::kButton:
-    case Kind::kOption:
-      return true;
-    default:
-      return false;
-  }
-}
-
 // The selection of a box held in range of its text, whatever the program assigned.
 struct Selection {
   size_t start;

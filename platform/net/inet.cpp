@@ -33,14 +33,10 @@ std::uint32_t ByteSwap(std::uint32_t v) {
 
 std::uint32_t OwnInetAddr(std::string_view text) {
   if (text.empty()) return kInaddrNone;
-  // A text of blanks alone reads as the one empty part 0; a blank before anything else is no
-  // address.
-  if (IsSpace(text[0])) {
-    for (char c : text) {
-      if (!IsSpace(c)) return kInaddrNone;
-    }
-    return 0;
-  }
+  // One blank alone reads as the one empty part 0; any other text that begins with whitespace
+  // (two blanks, a lone tab or line feed, a blank before digits) is no address.
+  if (text == " ") return 0;
+  if (IsSpace(text[0])) return kInaddrNone;
   std::uint64_t parts[4] = {0, 0, 0, 0};
   int count = 0;
   std::size_t pos = 0;
@@ -57,8 +53,9 @@ std::uint32_t OwnInetAddr(std::string_view text) {
     std::uint64_t value = 0;
     bool digits = false;
     int digit = 0;
-    // Octal parts take 8 and 9 at their face value, as the platform does ("08" is 8).
     while ((digit = DigitValue(at(pos), base)) >= 0) {
+      // An octal part holding an 8 or a 9 ("08", "1.2.3.018") is no address.
+      if (digit >= base) return kInaddrNone;
       value = value * static_cast<std::uint64_t>(base) + static_cast<std::uint64_t>(digit);
       if (value > 0xFFFFFFFFull) return kInaddrNone;
       digits = true;

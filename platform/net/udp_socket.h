@@ -28,6 +28,8 @@ inline constexpr std::uint32_t kAnyAddress = 0;
 class UdpSocket {
  public:
   UdpSocket() = default;
+  // Takes over a bound socket (one handed back across a restart).
+  explicit UdpSocket(Fd fd) : fd_(std::move(fd)) {}
 
   // Opens a socket bound to `local` (port 0 picks a free one). Returns 0 or the errno of the
   // step that failed. No address reuse: a port held by another socket is a conflict.
@@ -42,6 +44,11 @@ class UdpSocket {
   // Size of one datagram received, or -errno (-EAGAIN when none waits). A datagram larger than
   // the buffer is cut.
   long ReceiveFrom(std::span<std::uint8_t> buffer, Endpoint* from);
+  // The same; when the kernel counts drops (CountDrops), *dropped receives its running count of
+  // datagrams this socket lost to a full receive buffer.
+  long ReceiveFrom(std::span<std::uint8_t> buffer, Endpoint* from, std::uint32_t* dropped);
+  // Asks the kernel to count the datagrams it drops for a full receive buffer (SO_RXQ_OVFL).
+  void CountDrops();
 
   // Asks the kernel for larger buffers; a refusal is harmless, so it reports nothing.
   void SetBufferSizes(int receive_bytes, int send_bytes);

@@ -1,4 +1,5 @@
 #include <cerrno>
+#include <cstring>
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -63,6 +64,36 @@ long UdpSocket::ReceiveFrom(std::span<std::uint8_t> buffer, Endpoint* from) {
   if (received < 0) return -errno;
   if (from != nullptr) *from = FromSockaddr(address);
   return static_cast<long>(received);
+}
+
+long UdpSocket::ReceiveFrom(std::span<std::uint8_t> buffer, Endpoint* from,
+                            std::uint32_t* dropped) {
+  sockaddr_in address{};
+  iovec vector{buffer.data(), buffer.size()};
+  alignas(cmsghdr) char control[CMSG_SPACE(sizeof(std::uint32_t))];
+  msghdr message{};
+  message.msg_name = &address;
+  message.msg_namelen = sizeof address;
+  message.msg_iov = &vector;
+  message.msg_iovlen = 1;
+  message.msg_control = control;
+  message.msg_controllen = sizeof control;
+  const ssize_t received = ::recvmsg(fd_.get(), &message, 0);
+  if (received < 0) return -errno;
+  if (from != nullptr) *from = FromSockaddr(address);
+  for (cmsghdr* header = CMSG_FIRSTHDR(&message); header != nullptr;
+       header = CMSG_NXTHDR(&message, header)) {
+    if (header->cmsg_level == SOL_SOCKET && header->cmsg_type == SO_RXQ_OVFL &&
+        dropped != nullptr) {
+      std::memcpy(dropped, CMSG_DATA(header), sizeof *dropped);
+    }
+  }
+  return static_cast<long>(received);
+}
+
+void UdpSocket::CountDrops() {
+  const int on = 1;
+  ::setsockopt(fd_.get(), SOL_SOCKET, SO_RXQ_OVFL, &on, sizeof on);
 }
 
 void UdpSocket::SetBufferSizes(int receive_bytes, int send_bytes) {

@@ -80,4 +80,23 @@ Status FaultyRegistry::DeleteTree(HKey parent, std::string_view sub_key) {
   return inner_.DeleteTree(parent, sub_key);
 }
 
+Status FaultyRegistry::BeginBatch() {
+  BatchWriter* batch = BatchOf(inner_);
+  return batch == nullptr ? kErrorInvalidParameter : batch->BeginBatch();
+}
+
+Status FaultyRegistry::CommitBatch() {
+  BatchWriter* batch = BatchOf(inner_);
+  return batch == nullptr ? kErrorInvalidParameter : batch->CommitBatch();
+}
+
+void FaultyRegistry::AbortBatch() {
+  if (BatchWriter* batch = BatchOf(inner_)) batch->AbortBatch();
+}
+
+bool FaultyRegistry::InBatch() const {
+  const auto* batch = dynamic_cast<const BatchWriter*>(&inner_);
+  return batch != nullptr && batch->InBatch();
+}
+
 }  // namespace ketra::registry

@@ -1,5 +1,6 @@
 // Wraps a Registry and makes chosen operations fail, so tests can see what the callers do with a
-// store that refuses a create, an open or a write. Does not own the wrapped registry.
+// store that refuses a create, an open or a write. Batches go to the wrapped registry when it
+// has them. Does not own the wrapped registry.
 #ifndef KETRA_PLATFORM_REGISTRY_FAULTY_REGISTRY_H_
 #define KETRA_PLATFORM_REGISTRY_FAULTY_REGISTRY_H_
 
@@ -9,10 +10,11 @@
 #include <vector>
 
 #include "platform/registry/registry.h"
+#include "platform/registry/registry_batch.h"
 
 namespace ketra::registry {
 
-class FaultyRegistry : public Registry {
+class FaultyRegistry : public Registry, public BatchWriter {
  public:
   enum class Op { kOpen, kCreate, kQuery, kSet };
 
@@ -40,6 +42,11 @@ class FaultyRegistry : public Registry {
                    std::vector<std::uint8_t>* data) override;
   Status DeleteValue(HKey key, std::string_view value_name) override;
   Status DeleteTree(HKey parent, std::string_view sub_key) override;
+
+  Status BeginBatch() override;
+  Status CommitBatch() override;
+  void AbortBatch() override;
+  bool InBatch() const override;
 
  private:
   struct Rule {

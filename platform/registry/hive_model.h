@@ -1,7 +1,8 @@
 // The tree of keys and values that every registry in this layer works on: the whole of the
-// MemoryRegistry, and the cached copy of the file for SqliteHive. Keys are found by id; names
-// are folded to upper case (ASCII letters only) for comparison and kept as created for display.
-// Plain data, not thread-safe.
+// MemoryRegistry, and for SqliteHive the copy of those keys of the file that the program has
+// used (a key's values and its list of subkeys are each read from the file when first needed,
+// and marked unknown until then). Keys are found by id; names are folded to upper case (ASCII
+// letters only) for comparison and kept as created for display. Plain data, not thread-safe.
 #ifndef KETRA_PLATFORM_REGISTRY_HIVE_MODEL_H_
 #define KETRA_PLATFORM_REGISTRY_HIVE_MODEL_H_
 
@@ -26,8 +27,9 @@ inline constexpr KeyId kRootKeyId = 1;
 std::string FoldName(std::string_view name);
 void FoldNameInto(std::string_view name, std::string* folded);
 
-// Splits a key path at backslashes. False when a part is empty (a backslash at the start or the
-// end, or two in a row); an empty path gives no parts.
+// Splits a key path at backslashes. False when the path begins with a backslash; behind that a
+// doubled backslash counts as one and a trailing one is dropped ("A\\\\B\\" is A, B). An empty
+// path gives no parts.
 bool SplitKeyPath(std::string_view path, std::vector<std::string>* parts);
 
 struct HiveValue {
@@ -42,32 +44,39 @@ struct HiveKey {
   std::map<std::string, KeyId> children;  // by folded name, so iteration is the enum order
   std::vector<HiveValue> values;          // creation order
   std::unordered_map<std::string, std::size_t> value_index;  // folded name -> index in values
+  // False while the store has not been asked: `children` then holds only the subkeys looked up
+  // so far, and `values` nothing.
+  bool children_known = true;
+  bool values_known = true;
 };
 
 class HiveModel {
  public:
   HiveModel() { Clear(); }
 
-  // Back to the root key alone.
+  // Back to the root key alone, known to be empty.
   void Clear();
+  // Back to the root key alone, with nothing of it known: the copy of a store is dropped.
+  void Forget();
 
   HiveKey* Find(KeyId id);
   const HiveKey* Find(KeyId id) const;
   // The child of `parent` with the folded name, or 0.
   KeyId Child(KeyId parent, const std::string& folded) const;
 
-  // Adds a key under an existing parent. Loading adds keys in any order through AddLoadedKey,
-  // then Link ties them to their parents.
+  // Adds a new, empty key under an existing parent.
   void AddKey(KeyId id, KeyId parent, std::string name);
-  void AddLoadedKey(KeyId id, KeyId parent, std::string name);
-  void Link();
+  // Adds a key read from a store, nothing of it known yet, below its parent when the parent is
+  // in the model. A key that is there already stays as it is.
+  HiveKey& AddStoredKey(KeyId id, KeyId parent, std::string name);
+  // The whole list of subkeys of `parent`, as the store holds it.
+  void SetChildren(KeyId parent, std::vector<std::pair<KeyId, std::string>> children);
+  // All values of a key, in their order, as the store holds them.
+  void SetValues(KeyId key, std::vector<HiveValue> values);
 
   // Creates or replaces; a replaced value keeps its place and the case of its first name.
   void SetValue(KeyId key, std::string_view name, std::uint32_t type,
                 std::vector<std::uint8_t> data);
-  // Appends a value known to be new, in the order loaded.
-  void AppendLoadedValue(KeyId key, std::string name, std::uint32_t type,
-                         std::vector<std::uint8_t> data);
   bool DeleteValue(KeyId key, const std::string& folded);
   // Removes the key and everything below it; the root is emptied instead.
   void DeleteTree(KeyId id);

@@ -37,8 +37,53 @@ Status ModelRegistry::Resolve(HKey handle, bool refresh, bool for_write, HiveKey
     if (status != kErrorSuccess) return status;
     loaded_ = true;
   }
-  *key = model_.Find(*id);
-  return *key == nullptr ? kErrorKeyDeleted : kErrorSuccess;
+  return Ensure(*id, key);
+}
+
+Status ModelRegistry::Ensure(KeyId id, HiveKey** key) {
+  *key = model_.Find(id);
+  if (!store_) return *key == nullptr ? kErrorKeyDeleted : kErrorSuccess;
+  if (*key == nullptr) {
+    // A handle opened before the model was last dropped.
+    KeyId parent = 0;
+    std::string name;
+    Status status = store_->ReadKey(id, &parent, &name);
+    if (status == kErrorFileNotFound) return kErrorKeyDeleted;
+    if (status != kErrorSuccess) return status;
+    *key = &model_.AddStoredKey(id, parent, std::move(name));
+  }
+  if (!(*key)->values_known) {
+    std::vector<HiveValue> values;
+    Status status = store_->ReadValues(id, &values);
+    if (status != kErrorSuccess) return status;
+    model_.SetValues(id, std::move(values));
+  }
+  return kErrorSuccess;
+}
+
+Status ModelRegistry::Child(KeyId parent, const std::string& folded, KeyId* child) {
+  *child = model_.Child(parent, folded);
+  const HiveKey* key = model_.Find(parent);
+  if (*child != 0 || !store_ || key == nullptr || key->children_known) return kErrorSuccess;
+  std::string name;
+  Status status = store_->ReadChild(parent, folded, child, &name);
+  if (status == kErrorFileNotFound) {
+    *child = 0;
+    return kErrorSuccess;
+  }
+  if (status != kErrorSuccess) return status;
+  model_.AddStoredKey(*child, parent, std::move(name));
+  return kErrorSuccess;
+}
+
+Status ModelRegistry::Walk(KeyId* id) {
+  for (const std::string& part : parts_) {
+    FoldNameInto(part, &folded_);
+    Status status = Child(*id, folded_, id);
+    if (status != kErrorSuccess) return status;
+    if (*id == 0) return kErrorFileNotFound;
+  }
+  return kErrorSuccess;
 }
 
 Status ModelRegistry::OpenKey(HKey parent, std::string_view sub_key, HKey* result) {
@@ -54,11 +99,11 @@ Status ModelRegistry::OpenKeyEx(HKey parent, std::string_view sub_key, std::uint
   Status status = Resolve(parent, true, false, &key, &id);
   if (status != kErrorSuccess) return status;
   if (!SplitKeyPath(sub_key, &parts_)) return kErrorInvalidParameter;
-  for (const std::string& part : parts_) {
-    FoldNameInto(part, &folded_);
-    id = model_.Child(id, folded_);
-    if (id == 0) return kErrorFileNotFound;
-  }
+  status = Walk(&id);
+  if (status != kErrorSuccess) return status;
+  // The handle reads the key as it is now.
+  status = Ensure(id, &key);
+  if (status != kErrorSuccess) return status;
   *result = NewHandle(id);
   return kErrorSuccess;
 }
@@ -79,7 +124,9 @@ Status ModelRegistry::CreateKeyEx(HKey parent, std::string_view sub_key, std::ui
   std::size_t level = 0;
   for (; level < parts.size(); ++level) {
     FoldNameInto(parts[level], &folded_);
-    KeyId child = model_.Child(id, folded_);
+    KeyId child = 0;
+    status = Child(id, folded_, &child);
+    if (status != kErrorSuccess) return status;
     if (child == 0) break;
     id = child;
   }
@@ -98,10 +145,17 @@ Status ModelRegistry::CreateKeyEx(HKey parent, std::string_view sub_key, std::ui
       for (std::size_t i = 0; i < missing.size(); ++i) ids.push_back(next_memory_id_++);
     }
     for (std::size_t i = 0; i < missing.size(); ++i) {
-      model_.AddKey(ids[i], id, std::move(missing[i]));
+      // Another process may have made the key in the meantime: the store's keys are read back.
+      if (store_) {
+        model_.AddStoredKey(ids[i], id, std::move(missing[i]));
+      } else {
+        model_.AddKey(ids[i], id, std::move(missing[i]));
+      }
       id = ids[i];
     }
   }
+  status = Ensure(id, &key);
+  if (status != kErrorSuccess) return status;
   if (disposition != nullptr) {
     *disposition = created ? kRegCreatedNewKey : kRegOpenedExistingKey;
   }
@@ -132,6 +186,11 @@ Status ModelRegistry::QueryValueEx(HKey handle, std::string_view value_name, std
     return kErrorMoreData;
   }
   if (size > 0) std::memcpy(data, value->data.data(), size);
+  // The platform ends a text read back with a NUL when the stored text lacks one and there is
+  // room for it.
+  if (value->type == kRegSz && size > 0 && value->data.back() != 0 && size < *data_length) {
+    data[size] = 0;
+  }
   *data_length = size;
   return kErrorSuccess;
 }
@@ -181,6 +240,12 @@ Status ModelRegistry::EnumKey(HKey handle, std::uint32_t index, std::string* nam
   // A walk starts at index 0; that is when the model catches up with other processes.
   Status status = Resolve(handle, index == 0, false, &key, &id);
   if (status != kErrorSuccess) return status;
+  if (!key->children_known) {
+    std::vector<std::pair<KeyId, std::string>> children;
+    status = store_->ReadChildren(id, &children);
+    if (status != kErrorSuccess) return status;
+    model_.SetChildren(id, std::move(children));
+  }
   if (index >= key->children.size()) return kErrorNoMoreItems;
   auto it = key->children.begin();
   std::advance(it, index);
@@ -227,17 +292,17 @@ Status ModelRegistry::DeleteTree(HKey parent, std::string_view sub_key) {
   Status status = Resolve(parent, true, false, &key, &id);
   if (status != kErrorSuccess) return status;
   if (!SplitKeyPath(sub_key, &parts_)) return kErrorInvalidParameter;
-  for (const std::string& part : parts_) {
-    FoldNameInto(part, &folded_);
-    id = model_.Child(id, folded_);
-    if (id == 0) return kErrorFileNotFound;
-  }
+  status = Walk(&id);
+  if (status != kErrorSuccess) return status;
   if (store_) {
     status = store_->DeleteTree(id);
     if (status != kErrorSuccess) {
       Stale();
       return status;
     }
+    // Keys below it that the model holds unlinked (read through older handles) go too.
+    model_.Forget();
+    return kErrorSuccess;
   }
   model_.DeleteTree(id);
   return kErrorSuccess;

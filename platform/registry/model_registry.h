@@ -1,7 +1,9 @@
 // The Registry calls, handles and name rules over a HiveModel, shared by the memory registry and
 // the hive file. Where the keys last is the business of a HiveStore: none for the memory
-// registry, the SQLite file for SqliteHive. The model is the store's cache; every write goes to
-// the store first and reaches the model only when the store took it.
+// registry, the SQLite file for SqliteHive. The model is the store's cache of what this program
+// used: a key is read when first opened, its subkeys one by one as they are looked up (all of
+// them for a listing), so a start costs what it reads whatever else the store holds. Every
+// write goes to the store first and reaches the model only when the store took it.
 // Owns its store; one thread at a time.
 #ifndef KETRA_PLATFORM_REGISTRY_MODEL_REGISTRY_H_
 #define KETRA_PLATFORM_REGISTRY_MODEL_REGISTRY_H_
@@ -20,10 +22,19 @@ namespace ketra::registry {
 class HiveStore {
  public:
   virtual ~HiveStore() = default;
-  // Brings `model` up to date when the store changed behind it (another process wrote).
-  // `for_write`: the call is about to write, so a store that does not exist yet is made.
-  // A missing store read without `for_write` is an empty hive.
+  // Drops what `model` holds (HiveModel::Forget) when the store changed behind it (another
+  // process wrote), so that it is read again as it is used. `for_write`: the call is about to
+  // write, so a store that does not exist yet is made. A missing store read without `for_write`
+  // is an empty hive (HiveModel::Clear).
   virtual Status Refresh(HiveModel& model, bool for_write) = 0;
+  // Reads of single keys for the model. A key or child that is not there answers
+  // kErrorFileNotFound.
+  virtual Status ReadKey(KeyId id, KeyId* parent, std::string* name) = 0;
+  virtual Status ReadChild(KeyId parent, const std::string& folded, KeyId* id,
+                           std::string* name) = 0;
+  virtual Status ReadChildren(KeyId parent,
+                              std::vector<std::pair<KeyId, std::string>>* children) = 0;
+  virtual Status ReadValues(KeyId key, std::vector<HiveValue>* values) = 0;
   // Forgets that the model is current, after a failed write left it in doubt.
   virtual void Invalidate() = 0;
   // False when writes are refused (a read-only file).
@@ -68,12 +79,19 @@ class ModelRegistry : public Registry, public BatchWriter {
   Status BeginBatch() override;
   Status CommitBatch() override;
   void AbortBatch() override;
+  bool InBatch() const override { return batch_undo_.has_value(); }
 
  private:
   // The key id behind a handle, or 0 for a handle that is not open.
   KeyId KeyOf(HKey handle) const;
-  // The key of an open handle, after a refresh of the model when `refresh`.
+  // The key of an open handle, after a refresh of the model when `refresh`, with its values.
   Status Resolve(HKey handle, bool refresh, bool for_write, HiveKey** key, KeyId* id);
+  // The key `id` with its values, read from the store where the model lacks them.
+  Status Ensure(KeyId id, HiveKey** key);
+  // The child of `parent` with the folded name: 0 with kErrorSuccess when there is none.
+  Status Child(KeyId parent, const std::string& folded, KeyId* child);
+  // Walks `parts_` down from `id`.
+  Status Walk(KeyId* id);
   HKey NewHandle(KeyId id);
   // After a failed write: the next call reads the store again.
   void Stale();

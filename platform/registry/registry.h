@@ -4,8 +4,9 @@
 // Every call is complete and atomic on its own. Handles are small numbers owned by the caller
 // until CloseKey; a failed open or create yields none.
 //
-// Names and paths are 8-bit (Windows-1252) texts. Paths use backslashes, without one at the
-// start or the end. Status codes are the platform's error numbers.
+// Names and paths are 8-bit (Windows-1252) texts. Paths use backslashes and may not begin with
+// one; a trailing backslash or a doubled one inside is taken as the platform takes it (dropped,
+// read as one). Status codes are the platform's error numbers.
 //
 // Implementations: SqliteHive (a hive file shared between processes), MemoryRegistry (a fake for
 // tests) and FaultyRegistry (a wrapper that injects failures). One instance is used from one
@@ -64,7 +65,9 @@ class Registry {
   // When the value exists: *type is set; with data null, *data_length becomes the data's size;
   // with a buffer of *data_length bytes that holds the data, the data is copied and
   // *data_length becomes its size; with a buffer too small, kErrorMoreData, *data_length becomes
-  // the size needed and the buffer is left untouched. When the value does not exist:
+  // the size needed and the buffer is left untouched. A REG_SZ value stored without its NUL gets
+  // one written behind the data when the buffer has room; *data_length still says the data's
+  // size. When the value does not exist:
   // kErrorFileNotFound and neither *type, *data_length nor the buffer is written.
   virtual Status QueryValueEx(HKey key, std::string_view value_name, std::uint32_t* type,
                               std::uint8_t* data, std::uint32_t* data_length) = 0;

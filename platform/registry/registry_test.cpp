@@ -112,8 +112,36 @@ TYPED_TEST(RegistryTest, OpenOfAMissingKeyFailsAndZeroesTheHandle) {
   HKey key = 1234;
   EXPECT_EQ(this->reg_->OpenKey(kHKeyLocalMachine, "\\Software", &key), kErrorInvalidParameter);
   EXPECT_EQ(key, 0u);
-  EXPECT_EQ(this->reg_->CreateKeyEx(kHKeyLocalMachine, "a\\\\b", 0, kKeyWrite, &key, nullptr),
+  EXPECT_EQ(this->reg_->CreateKeyEx(kHKeyLocalMachine, "\\a", 0, kKeyWrite, &key, nullptr),
             kErrorInvalidParameter);
+  EXPECT_EQ(key, 0u);
+}
+
+// A trailing backslash is dropped and a doubled one reads as one, at create and at open alike:
+// a port named "COM\" has the key COM.
+TYPED_TEST(RegistryTest, TrailingAndDoubledBackslashesNameTheSameKey) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"Software\\Tessaron\\VSP\\COM\\", "Software\\Tessaron\\VSP\\COM"},
+      {"a\\\\b", "a\\b"},
+      {"c\\\\\\d\\\\", "c\\d"},
+  };
+  for (const auto& [odd, plain] : cases) {
+    HKey created = 0;
+    std::uint32_t disposition = 0;
+    ASSERT_EQ(this->reg_->CreateKeyEx(kHKeyLocalMachine, odd, 0, kKeyWrite, &created, &disposition),
+              kErrorSuccess)
+        << odd;
+    EXPECT_EQ(disposition, kRegCreatedNewKey) << odd;
+    this->Set(created, "X", kRegNone, "1");
+    HKey opened = 0;
+    ASSERT_EQ(this->reg_->OpenKeyEx(kHKeyLocalMachine, plain, 0, kKeyRead, &opened), kErrorSuccess)
+        << plain;
+    EXPECT_EQ(this->ValueNames(opened), std::vector<std::string>{"X"}) << odd;
+    HKey again = 0;
+    ASSERT_EQ(this->reg_->OpenKey(kHKeyLocalMachine, odd, &again), kErrorSuccess) << odd;
+    EXPECT_EQ(this->ValueNames(again), std::vector<std::string>{"X"}) << odd;
+    for (HKey h : {created, opened, again}) this->reg_->CloseKey(h);
+  }
 }
 
 TYPED_TEST(RegistryTest, EmptySubKeyOpensTheParentAgain) {
@@ -143,6 +171,17 @@ TYPED_TEST(RegistryTest, NamesCompareWithoutCaseAndKeepTheirFirstCase) {
   this->Set(key, "\xE9", kRegNone, "a");
   this->Set(key, "\xC9", kRegNone, "b");
   EXPECT_EQ(this->ValueNames(key), (std::vector<std::string>{"LocalPort", "\xE9", "\xC9"}));
+  // Past eight bytes, and the neighbours of the letters ('@' '[' '`' '{'), which do not fold.
+  this->Set(key, "Remote@[Port`{xyz", kRegNone, "c");
+  for (const auto& [name, found] :
+       std::vector<std::pair<std::string, bool>>{{"REMOTE@[PORT`{XYZ", true},
+                                                 {"remote@[port`{xyz", true},
+                                                 {"REMOTE`{PORT@[XYZ", false},
+                                                 {"Remote@[Port`{xy", false}}) {
+    std::uint32_t size = 0;
+    EXPECT_EQ(this->reg_->QueryValueEx(key, name, nullptr, nullptr, &size) == kErrorSuccess, found)
+        << name;
+  }
   HKey root = 0;
   ASSERT_EQ(this->reg_->OpenKey(kHKeyLocalMachine, "SOFTWARE\\TESSARON\\VSP", &root),
             kErrorSuccess);
@@ -214,6 +253,37 @@ TYPED_TEST(RegistryTest, QueryIsATwoStepSizeThenData) {
   EXPECT_EQ(this->reg_->QueryValueEx(key, "LOCALPORT", nullptr, nullptr, nullptr), kErrorSuccess);
   EXPECT_EQ(this->reg_->QueryValueEx(key, "LOCALPORT", nullptr, buffer, nullptr),
             kErrorInvalidParameter);
+}
+
+// Text read back into a buffer of blanks: what follows the data, by type and stored form. A
+// REG_SZ stored without its NUL gets one behind it when the buffer has room; other types, and a
+// buffer that the data fills exactly, get nothing.
+TYPED_TEST(RegistryTest, TextWithoutItsNulReadsBackWithOne) {
+  struct Case {
+    std::uint32_t type;
+    std::string stored;
+    std::uint32_t buffer_size;
+    std::string read;  // the first buffer_size bytes after the query, blanks where untouched
+  };
+  const Case cases[] = {
+      {kRegSz, "COM5", 8, std::string("COM5\0   ", 8)},
+      {kRegSz, std::string("COM5\0", 5), 8, std::string("COM5\0   ", 8)},
+      {kRegSz, "COM5", 4, "COM5"},
+      {kRegNone, "3000", 8, "3000    "},
+      {kRegBinary, "ab", 4, "ab  "},
+  };
+  HKey key = this->Create("HARDWARE\\DEVICEMAP\\SERIALCOMM");
+  for (const Case& c : cases) {
+    this->Set(key, "V", c.type, c.stored);
+    std::uint8_t buffer[16];
+    std::fill(std::begin(buffer), std::end(buffer), ' ');
+    std::uint32_t length = c.buffer_size;
+    std::uint32_t type = 99;
+    ASSERT_EQ(this->reg_->QueryValueEx(key, "V", &type, buffer, &length), kErrorSuccess);
+    EXPECT_EQ(type, c.type);
+    EXPECT_EQ(length, c.stored.size()) << c.stored;
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(buffer), c.buffer_size), c.read) << c.stored;
+  }
 }
 
 TYPED_TEST(RegistryTest, QueryOfAMissingValueWritesNothing) {

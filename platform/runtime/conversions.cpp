@@ -118,9 +118,18 @@ double ParseDecimal(std::string_view text) {
   return negative ? -value : value;
 }
 
+// Which exponent letters continue a number. LeadingNumber also takes the D of the old
+// double-precision literals; a whole-text read (the numeric test, ByteFromText) takes E alone.
+enum class ExponentLetters { kEAndD, kEOnly };
+
+bool IsExponentLetter(char c, ExponentLetters letters) {
+  if (c == 'E' || c == 'e') return true;
+  return letters == ExponentLetters::kEAndD && (c == 'D' || c == 'd');
+}
+
 // The common scanner of LeadingNumber and the numeric test. It stops at the first character
 // that cannot continue the number; the caller looks at what is left.
-Scan ScanNumber(Cursor& in) {
+Scan ScanNumber(Cursor& in, ExponentLetters letters) {
   if (in.Peek() == '&') {
     in.Next();
     char c = in.Peek();
@@ -156,7 +165,7 @@ Scan ScanNumber(Cursor& in) {
     }
   }
   if (!scan.has_digits) return Scan{};
-  if (c == 'E' || c == 'e' || c == 'D' || c == 'd') {
+  if (IsExponentLetter(c, letters)) {
     in.Next();
     std::string exponent = "e";
     c = in.Peek();
@@ -192,7 +201,7 @@ bool ReadWhole(std::string_view text, double* value) {
   text = TrimBlanks(text);
   if (text.empty()) return false;
   Cursor in(text, false);
-  Scan scan = ScanNumber(in);
+  Scan scan = ScanNumber(in, ExponentLetters::kEOnly);
   if (!scan.has_digits || !scan.complete || !in.AtEnd()) return false;
   *value = scan.value;
   return true;
@@ -280,12 +289,17 @@ std::string FormatNumber(double value, bool keep_leading_zero) {
 
 double LeadingNumber(std::string_view text) {
   Cursor in(text, true);
-  return ScanNumber(in).value;
+  return ScanNumber(in, ExponentLetters::kEAndD).value;
 }
 
 bool IsNumeric(std::string_view text) {
+  // The test answers and never fails: a number beyond a double is simply no number.
   double ignored = 0;
-  return ReadWhole(text, &ignored);
+  try {
+    return ReadWhole(text, &ignored);
+  } catch (const ConversionError&) {
+    return false;
+  }
 }
 
 std::uint8_t ByteFromText(std::string_view text) {

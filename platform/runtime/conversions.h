@@ -18,11 +18,13 @@ namespace ketra::runtime {
 double LeadingNumber(std::string_view text);
 
 // True when the whole text, blanks around it aside, reads as one number by LeadingNumber's
-// grammar. Empty and all-blank texts are not numeric. Locale forms ($5, 1,000, (5)) are not.
+// grammar with E or e as the only exponent letters. Empty and all-blank texts are not numeric,
+// nor are locale forms ($5, 1,000, (5)) or a number beyond a double ("1e400"). Never fails.
 bool IsNumeric(std::string_view text);
 
-// The whole text read as a number and rounded (halves to even) into 0..255.
-// Empty or non-numeric text: kTypeMismatch. Outside the byte after rounding: kOverflow.
+// The whole text read as a number (the forms IsNumeric takes) and rounded (halves to even) into
+// 0..255. Empty or non-numeric text ("1d2" included): kTypeMismatch. Beyond a double, or outside
+// the byte after rounding: kOverflow.
 std::uint8_t ByteFromText(std::string_view text);
 
 // Rounding to the nearest whole number, halves to the even one, then a range check (kOverflow).

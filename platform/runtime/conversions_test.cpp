@@ -31,6 +31,7 @@ TEST(LeadingNumberTest, ReadsTheNumberAtTheStart) {
       {"1e3", 1000},
       {"1E3", 1000},
       {"1d2", 100},
+      {"1D5", 100000},
       {"1D-2", 0.01},
       {"1e", 1},
       {"1e+", 1},
@@ -83,12 +84,15 @@ TEST(LeadingNumberTest, FailsBeyondTheRangeOfADouble) {
 
 TEST(IsNumericTest, WholeTextMustBeOneNumber) {
   const std::pair<const char*, bool> cases[] = {
-      {"459.95", true}, {"45 Help", false}, {"", false},    {" ", false},    {" 17 ", true},
-      {"&H1F", true},   {"&O17", true},     {"&H", false},  {"+1", true},    {"-1", true},
-      {".5", true},     {"5.", true},       {"1e5", true},  {"1D5", true},   {"1e", false},
-      {"1e+", false},   {".", false},       {"-", false},   {"$5", false},   {"1,000", false},
-      {"(5)", false},   {"5-", false},      {"1 2", false}, {"\t3\n", true}, {"1.2.3", false},
-      {"&", false},     {"0x10", false},    {"1e-5", true},
+      {"459.95", true}, {"45 Help", false}, {"", false},       {" ", false},
+      {" 17 ", true},   {"&H1F", true},     {"&O17", true},    {"&H", false},
+      {"+1", true},     {"-1", true},       {".5", true},      {"5.", true},
+      {"1e5", true},    {"1D5", false},     {"1e", false},     {"1e+", false},
+      {".", false},     {"-", false},       {"$5", false},     {"1,000", false},
+      {"(5)", false},   {"5-", false},      {"1 2", false},    {"\t3\n", true},
+      {"1.2.3", false}, {"&", false},       {"0x10", false},   {"1e-5", true},
+      {"1d2", false},   {"1e400", false},   {"-1e400", false}, {"&H123456789", false},
+      {"1e309", false}, {" 1e400 ", false},
   };
   for (const auto& [text, numeric] : cases) {
     EXPECT_EQ(IsNumeric(text), numeric) << '"' << text << '"';
@@ -104,11 +108,13 @@ TEST(ByteFromTextTest, RoundsHalvesToEvenThenChecksTheRange) {
     EXPECT_EQ(ByteFromText(text), value) << '"' << text << '"';
   }
   const std::pair<const char*, ConversionFailure> bad[] = {
-      {"", ConversionFailure::kTypeMismatch},     {"abc", ConversionFailure::kTypeMismatch},
-      {"12ab", ConversionFailure::kTypeMismatch}, {" ", ConversionFailure::kTypeMismatch},
-      {"-0.6", ConversionFailure::kOverflow},     {"255.5", ConversionFailure::kOverflow},
-      {"256", ConversionFailure::kOverflow},      {"-1", ConversionFailure::kOverflow},
-      {"&HFFFF", ConversionFailure::kOverflow},   {"1e309", ConversionFailure::kOverflow},
+      {"", ConversionFailure::kTypeMismatch},        {"abc", ConversionFailure::kTypeMismatch},
+      {"12ab", ConversionFailure::kTypeMismatch},    {" ", ConversionFailure::kTypeMismatch},
+      {"-0.6", ConversionFailure::kOverflow},        {"255.5", ConversionFailure::kOverflow},
+      {"256", ConversionFailure::kOverflow},         {"-1", ConversionFailure::kOverflow},
+      {"&HFFFF", ConversionFailure::kOverflow},      {"1e309", ConversionFailure::kOverflow},
+      {"1d2", ConversionFailure::kTypeMismatch},     {"1D5", ConversionFailure::kTypeMismatch},
+      {"&H123456789", ConversionFailure::kOverflow},
   };
   for (const auto& [text, failure] : bad) {
     try {

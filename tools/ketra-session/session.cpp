@@ -9,6 +9,7 @@
 #include <charconv>
 #include <exception>
 #include <optional>
+#include <span>
 #include <stdexcept>
 #include <utility>
 
@@ -187,186 +188,235 @@ bool Session::FocusFirst(forms::ControlId id) {
   return !Refused(id, refusal);
 }
 
-void Session::Dispatch(Words& words) {
-  using forms::Kind;
-  forms::Form& form = program_.form();
-  const std::string command(words.Next());
+// The commands, as Program's table holds the routines: a name and the member that reads and
+// runs the rest of the line.
+struct Session::Command {
+  std::string_view name;
+  void (Session::*run)(Words&);
+};
 
-  if (command == "start") {
-    words.End();
-    if (started_) throw BadLine{"the program has already started"};
-    started_ = true;
-    RunAs("Form_Load", [&] { program_.Start(); });
-  } else if (command == "call") {
-    const std::string routine(words.Required("ROUTINE"));
-    words.End();
-    bool known = true;
-    RunAs(routine, [&] { known = program_.Call(routine); });
-    if (!known) throw BadLine{"unknown routine " + routine};
-  } else if (command == "click") {
-    const forms::ControlId id = ControlOf(words.Required("NAME"));
-    words.End();
-    const Kind kind = form.at(id).kind;
-    if (kind != Kind::kButton && kind != Kind::kOption) {
-      throw BadLine{"click applies to buttons and option buttons, not " + form.at(id).name};
+std::span<const Session::Command> Session::Commands() {
+  static constexpr Command kCommands[] = {
+      {"start", &Session::DoStart},   {"call", &Session::DoCall},
+      {"click", &Session::DoClick},   {"choose", &Session::DoChoose},
+      {"focus", &Session::DoFocus},   {"type", &Session::DoType},
+      {"paste", &Session::DoPaste},   {"backspace", &Session::DoBackspace},
+      {"set", &Session::DoSet},       {"tab", &Session::DoTab},
+      {"page", &Session::DoPage},     {"tick", &Session::DoTick},
+      {"updown", &Session::DoUpDown}, {"close", &Session::DoClose},
+      {"driver", &Session::DoDriver}, {"dump", &Session::DoDump},
+  };
+  return kCommands;
+}
+
+void Session::Dispatch(Words& words) {
+  const std::string_view command = words.Next();
+  for (const Command& entry : Commands()) {
+    if (entry.name == command) {
+      (this->*entry.run)(words);
+      return;
     }
-    if (!FocusFirst(id)) return;
-    forms::Refusal refusal = forms::Refusal::kNone;
-    RunAs(form.at(id).name + "_Click", [&] { refusal = form.Click(id); });
-    Refused(id, refusal);
-  } else if (command == "choose") {
-    const forms::ControlId id = ControlOf(words.Required("NAME"));
-    const std::string entry = words.Text();
-    const forms::Control& box = form.at(id);
-    if (box.kind != Kind::kComboBox)
-      throw BadLine{"choose applies to combo boxes, not " + box.name};
-    if (std::find(box.items.begin(), box.items.end(), entry) == box.items.end()) {
-      throw BadLine{box.name + " has no entry " + runtime::AnsiToUtf8(entry)};
-    }
-    if (!FocusFirst(id)) return;
-    forms::Refusal refusal = forms::Refusal::kNone;
-    RunAs(box.name + "_Click", [&] { refusal = form.Choose(id, entry); });
-    Refused(id, refusal);
-  } else if (command == "focus") {
-    const forms::ControlId id = ControlOf(words.Required("NAME"));
-    words.End();
-    switch (form.at(id).kind) {
-      case Kind::kForm:
-      case Kind::kFrame:
-      case Kind::kLabel:
-      case Kind::kImage:
-      case Kind::kTimer:
-        throw BadLine{form.at(id).name + " cannot take the focus"};
-      default:
-        break;
-    }
-    FocusFirst(id);
-  } else if (command == "type" || command == "paste" || command == "backspace") {
-    const forms::ControlId id = ControlOf(words.Required("NAME"));
-    std::string text;
-    if (command == "backspace") {
-      words.End();
-    } else {
-      text = words.Text();
-    }
-    if (form.at(id).kind != Kind::kTextBox) {
-      throw BadLine{command + " applies to text boxes, not " + form.at(id).name};
-    }
-    if (!FocusFirst(id)) return;
-    forms::Refusal refusal = forms::Refusal::kNone;
-    RunAs(form.at(id).name + "_Change", [&] {
-      if (command == "type") {
-        refusal = form.Type(id, text);
-      } else if (command == "paste") {
-        refusal = form.Paste(id, text);
-      } else {
-        refusal = form.Backspace(id);
-      }
-    });
-    Refused(id, refusal);
-  } else if (command == "set") {
-    const forms::ControlId id = ControlOf(words.Required("NAME"));
-    const std::string text = words.Text();
-    const forms::Control& control = form.at(id);
-    switch (control.kind) {
-      case Kind::kTextBox:
-        RunAs(control.name + "_Change", [&] { form.SetText(id, text); });
-        break;
-      case Kind::kComboBox:
-        RunAs(control.name + "_Click", [&] { form.SetText(id, text); });
-        break;
-      case Kind::kForm:
-      case Kind::kFrame:
-      case Kind::kLabel:
-      case Kind::kButton:
-      case Kind::kOption:  // a caption; no handler runs
-        RunAs(control.name, [&] { form.SetText(id, text); });
-        break;
-      default:
-        throw BadLine{control.name + " has no text"};
-    }
-  } else if (command == "tab") {
-    words.End();
-    const forms::ControlId old = form.focus();
-    std::string routine = Handler(old, "LostFocus");
-    try {
-      form.Tab();
-    } catch (const forms::ProgramEnded&) {
-      ended_ = true;
-    } catch (const std::exception& failure) {
-      // With no LostFocus handler behind the failure, the focus has reached the new control.
-      if (routine.empty()) routine = FocusRoutine(form.focus());
-      Print(FailureEvent(routine, failure.what()));
-    }
-  } else if (command == "page") {
-    const int page = words.Number("page N", 0, 1000);
-    words.End();
-    const forms::ControlId tab = FirstOfKind(Kind::kTab);
-    if (page >= static_cast<int>(form.at(tab).tabs.size())) {
-      throw BadLine{"the tab control has no page " + std::to_string(page)};
-    }
-    // Showing a page puts the focus on the tab control, as a click on its strip does.
-    if (Refused(tab, form.Reach(tab))) return;
-    RunAs(FocusRoutine(tab), [&] { form.ShowPage(page); });
-  } else if (command == "tick") {
-    words.End();
-    const forms::ControlId timer = FirstOfKind(Kind::kTimer);
-    RunAs(form.at(timer).name + "_Timer", [&] { form.Tick(timer); });
-  } else if (command == "updown") {
-    const std::string_view arrow = words.Required("up or down");
-    words.End();
-    if (arrow != "up" && arrow != "down") throw BadLine{"updown takes up or down"};
-    const forms::ControlId updown = FirstOfKind(Kind::kUpDown);
-    const bool up = arrow == "up";
-    forms::Refusal refusal = forms::Refusal::kNone;
-    RunAs(form.at(updown).name + (up ? "_UpClick" : "_DownClick"),
-          [&] { refusal = up ? form.UpClick(updown) : form.DownClick(updown); });
-    Refused(updown, refusal);
-  } else if (command == "close") {
-    words.End();
-    RunAs("Form_Unload", [&] { form.Close(); });
-  } else if (command == "driver") {
-    const std::string_view mode = words.Required("driver mode");
-    int status = 0;
-    if (mode == "status") status = words.Number("status N", 0, 255);
-    words.End();
-    if (mode != "auto" && mode != "status" && mode != "silent" && mode != "open-fails") {
-      throw BadLine{"unknown driver mode " + std::string(mode)};
-    }
-    if (!scripted_driver_) throw BadLine{"driver commands steer the scripted driver only"};
-    if (mode == "auto") {
-      scripted_.SetAuto();
-    } else if (mode == "status") {
-      scripted_.SetStatus(static_cast<std::uint8_t>(status));
-    } else if (mode == "silent") {
-      scripted_.SetSilent();
-    } else {
-      scripted_.SetOpenFails();
-    }
-  } else if (command == "dump") {
-    const std::string_view what = words.Required("what to dump");
-    if (what == "state") {
-      words.End();
-      DumpState();
-    } else if (what == "row") {
-      const int row = words.Number("row N", 0, kPortTableRows - 1);
-      words.End();
-      DumpRow(row);
-    } else if (what == "table") {
-      words.End();
-      DumpTable();
-    } else if (what == "form") {
-      words.End();
-      DumpForm();
-    } else if (what == "control") {
-      const forms::ControlId id = ControlOf(words.Required("NAME"));
-      words.End();
-      DumpControl(id);
-    } else {
-      throw BadLine{"unknown dump " + std::string(what)};
-    }
+  }
+  throw BadLine{"unknown command " + std::string(command)};
+}
+
+void Session::DoStart(Words& words) {
+  words.End();
+  if (started_) throw BadLine{"the program has already started"};
+  started_ = true;
+  RunAs("Form_Load", [&] { program_.Start(); });
+}
+
+void Session::DoCall(Words& words) {
+  const std::string routine(words.Required("ROUTINE"));
+  words.End();
+  bool known = true;
+  RunAs(routine, [&] { known = program_.Call(routine); });
+  if (!known) throw BadLine{"unknown routine " + routine};
+}
+
+void Session::DoClick(Words& words) {
+  forms::Form& form = program_.form();
+  const forms::ControlId id = ControlOf(words.Required("NAME"));
+  words.End();
+  const forms::Kind kind = form.at(id).kind;
+  if (kind != forms::Kind::kButton && kind != forms::Kind::kOption) {
+    throw BadLine{"click applies to buttons and option buttons, not " + form.at(id).name};
+  }
+  if (!FocusFirst(id)) return;
+  forms::Refusal refusal = forms::Refusal::kNone;
+  RunAs(form.at(id).name + "_Click", [&] { refusal = form.Click(id); });
+  Refused(id, refusal);
+}
+
+void Session::DoChoose(Words& words) {
+  forms::Form& form = program_.form();
+  const forms::ControlId id = ControlOf(words.Required("NAME"));
+  const std::string entry = words.Text();
+  const forms::Control& box = form.at(id);
+  if (box.kind != forms::Kind::kComboBox) {
+    throw BadLine{"choose applies to combo boxes, not " + box.name};
+  }
+  if (std::find(box.items.begin(), box.items.end(), entry) == box.items.end()) {
+    throw BadLine{box.name + " has no entry " + runtime::AnsiToUtf8(entry)};
+  }
+  if (!FocusFirst(id)) return;
+  forms::Refusal refusal = forms::Refusal::kNone;
+  RunAs(box.name + "_Click", [&] { refusal = form.Choose(id, entry); });
+  Refused(id, refusal);
+}
+
+void Session::DoFocus(Words& words) {
+  const forms::ControlId id = ControlOf(words.Required("NAME"));
+  words.End();
+  if (!forms::TakesFocus(program_.form().at(id).kind)) {
+    throw BadLine{program_.form().at(id).name + " cannot take the focus"};
+  }
+  FocusFirst(id);
+}
+
+void Session::DoType(Words& words) {
+  const forms::ControlId id = ControlOf(words.Required("NAME"));
+  const std::string text = words.Text();
+  Edit("type", id, [&] { return program_.form().Type(id, text); });
+}
+
+void Session::DoPaste(Words& words) {
+  const forms::ControlId id = ControlOf(words.Required("NAME"));
+  const std::string text = words.Text();
+  Edit("paste", id, [&] { return program_.form().Paste(id, text); });
+}
+
+void Session::DoBackspace(Words& words) {
+  const forms::ControlId id = ControlOf(words.Required("NAME"));
+  words.End();
+  Edit("backspace", id, [&] { return program_.form().Backspace(id); });
+}
+
+void Session::Edit(std::string_view command, forms::ControlId id,
+                   const std::function<forms::Refusal()>& edit) {
+  const forms::Control& box = program_.form().at(id);
+  if (box.kind != forms::Kind::kTextBox) {
+    throw BadLine{std::string(command) + " applies to text boxes, not " + box.name};
+  }
+  if (!FocusFirst(id)) return;
+  forms::Refusal refusal = forms::Refusal::kNone;
+  RunAs(box.name + "_Change", [&] { refusal = edit(); });
+  Refused(id, refusal);
+}
+
+void Session::DoSet(Words& words) {
+  forms::Form& form = program_.form();
+  const forms::ControlId id = ControlOf(words.Required("NAME"));
+  const std::string text = words.Text();
+  const forms::Control& control = form.at(id);
+  // The routine that runs: a box's Change, the list's Click; a caption has no handler.
+  std::string routine = control.name;
+  if (control.kind == forms::Kind::kTextBox) {
+    routine += "_Change";
+  } else if (control.kind == forms::Kind::kComboBox) {
+    routine += "_Click";
+  } else if (!forms::HasCaption(control.kind)) {
+    throw BadLine{control.name + " has no text"};
+  }
+  RunAs(routine, [&] { form.SetText(id, text); });
+}
+
+void Session::DoTab(Words& words) {
+  words.End();
+  forms::Form& form = program_.form();
+  const forms::ControlId old = form.focus();
+  std::string routine = Handler(old, "LostFocus");
+  try {
+    form.Tab();
+  } catch (const forms::ProgramEnded&) {
+    ended_ = true;
+  } catch (const std::exception& failure) {
+    // With no LostFocus handler behind the failure, the focus has reached the new control.
+    if (routine.empty()) routine = FocusRoutine(form.focus());
+    Print(FailureEvent(routine, failure.what()));
+  }
+}
+
+void Session::DoPage(Words& words) {
+  forms::Form& form = program_.form();
+  const int page = words.Number("page N", 0, 1000);
+  words.End();
+  const forms::ControlId tab = FirstOfKind(forms::Kind::kTab);
+  if (page >= static_cast<int>(form.at(tab).tabs.size())) {
+    throw BadLine{"the tab control has no page " + std::to_string(page)};
+  }
+  // Showing a page puts the focus on the tab control, as a click on its strip does.
+  if (Refused(tab, form.Reach(tab))) return;
+  RunAs(FocusRoutine(tab), [&] { form.ShowPage(page); });
+}
+
+void Session::DoTick(Words& words) {
+  words.End();
+  forms::Form& form = program_.form();
+  const forms::ControlId timer = FirstOfKind(forms::Kind::kTimer);
+  RunAs(form.at(timer).name + "_Timer", [&] { form.Tick(timer); });
+}
+
+void Session::DoUpDown(Words& words) {
+  forms::Form& form = program_.form();
+  const std::string_view arrow = words.Required("up or down");
+  words.End();
+  if (arrow != "up" && arrow != "down") throw BadLine{"updown takes up or down"};
+  const forms::ControlId updown = FirstOfKind(forms::Kind::kUpDown);
+  const bool up = arrow == "up";
+  forms::Refusal refusal = forms::Refusal::kNone;
+  RunAs(form.at(updown).name + (up ? "_UpClick" : "_DownClick"),
+        [&] { refusal = up ? form.UpClick(updown) : form.DownClick(updown); });
+  Refused(updown, refusal);
+}
+
+void Session::DoClose(Words& words) {
+  words.End();
+  RunAs("Form_Unload", [&] { program_.form().Close(); });
+}
+
+void Session::DoDriver(Words& words) {
+  const std::string_view mode = words.Required("driver mode");
+  int status = 0;
+  if (mode == "status") status = words.Number("status N", 0, 255);
+  words.End();
+  if (mode != "auto" && mode != "status" && mode != "silent" && mode != "open-fails") {
+    throw BadLine{"unknown driver mode " + std::string(mode)};
+  }
+  if (!scripted_driver_) throw BadLine{"driver commands steer the scripted driver only"};
+  if (mode == "auto") {
+    scripted_.SetAuto();
+  } else if (mode == "status") {
+    scripted_.SetStatus(static_cast<std::uint8_t>(status));
+  } else if (mode == "silent") {
+    scripted_.SetSilent();
   } else {
-    throw BadLine{"unknown command " + command};
+    scripted_.SetOpenFails();
+  }
+}
+
+void Session::DoDump(Words& words) {
+  const std::string_view what = words.Required("what to dump");
+  if (what == "state") {
+    words.End();
+    DumpState();
+  } else if (what == "row") {
+    const int row = words.Number("row N", 0, kPortTableRows - 1);
+    words.End();
+    DumpRow(row);
+  } else if (what == "table") {
+    words.End();
+    DumpTable();
+  } else if (what == "form") {
+    words.End();
+    DumpForm();
+  } else if (what == "control") {
+    const forms::ControlId id = ControlOf(words.Required("NAME"));
+    words.End();
+    DumpControl(id);
+  } else {
+    throw BadLine{"unknown dump " + std::string(what)};
   }
 }
 

@@ -12,6 +12,7 @@
 #include <istream>
 #include <ostream>
 #include <set>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -61,7 +62,31 @@ class Session : private forms::MessageBoxService {
   void Show(std::string_view text, forms::MsgBoxStyle style) override;
   void Print(const Json& line);
 
+  // A command of the language: its name and the member that runs it.
+  struct Command;
+  static std::span<const Command> Commands();
   void Dispatch(Words& words);
+
+  // One member for each command; each reads the rest of its line.
+  void DoStart(Words& words);
+  void DoCall(Words& words);
+  void DoClick(Words& words);
+  void DoChoose(Words& words);
+  void DoFocus(Words& words);
+  void DoType(Words& words);
+  void DoPaste(Words& words);
+  void DoBackspace(Words& words);
+  void DoSet(Words& words);
+  void DoTab(Words& words);
+  void DoPage(Words& words);
+  void DoTick(Words& words);
+  void DoUpDown(Words& words);
+  void DoClose(Words& words);
+  void DoDriver(Words& words);
+  void DoDump(Words& words);
+  // A user's edit of text box `id` by `command`: the kind, then the focus, then the edit.
+  void Edit(std::string_view command, forms::ControlId id,
+            const std::function<forms::Refusal()>& edit);
   // Runs `action` as the routine `routine`: a failure that reaches here is printed, the end of
   // the program is noted. True when the action ran to its end.
   bool RunAs(std::string_view routine, const std::function<void()>& action);

@@ -9,7 +9,7 @@
 namespace ketra::vspd {
 
 static_assert(kReadable == EPOLLIN && kWritable == EPOLLOUT && kFault == EPOLLERR &&
-              kHangUp == EPOLLHUP);
+              kHangUp == EPOLLHUP && kPeerClosed == EPOLLRDHUP);
 
 EventLoop::EventLoop() : epoll_(::epoll_create1(EPOLL_CLOEXEC)) {
   if (!epoll_) throw std::system_error(errno, std::generic_category(), "epoll_create1");

@@ -1,0 +1,77 @@
+// The system calls of one virtual port, as the relay sees them: the pty master that the daemon
+// reads and writes, whether a program holds the port's device open, and the UDP socket toward
+// the terminal. The relay in port.cpp goes through this interface only, so that its tests reach
+// every branch (EAGAIN, ENOBUFS, EIO, short writes, a full receive buffer) on demand with the
+// fake of port_io_fake.h; the real one is in port_io_posix.cpp.
+//
+// Results follow the kernel's: a count of bytes, or -errno. An implementation owns its pty, its
+// socket and its wake-up descriptor. Single-threaded.
+#ifndef KETRA_DAEMON_PORT_IO_H_
+#define KETRA_DAEMON_PORT_IO_H_
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+
+#include "platform/net/fd.h"
+#include "platform/net/udp_socket.h"
+
+namespace ketra::vspd {
+
+class PortIo {
+ public:
+  virtual ~PortIo() = default;
+
+  // --- The pty.
+  // The master, watched by the loop while a program holds the port.
+  virtual int pty_fd() const = 0;
+  // The device that programs open, "/dev/pts/N".
+  virtual const std::string& pty_path() const = 0;
+  // What a program wrote: bytes read, -EAGAIN when nothing waits, -EIO when no program holds the
+  // port and everything it wrote has been read.
+  virtual long ReadPty(std::span<std::uint8_t> buffer) = 0;
+  // Toward the program: bytes taken (possibly fewer than offered), -EAGAIN when the pty's input
+  // queue is full, or another -errno.
+  virtual long WritePty(std::span<const std::uint8_t> data) = 0;
+  // Whether any program holds the port's device open now.
+  virtual bool Held() = 0;
+  // Readable when a program may have opened the device since the last call of ClearOpened.
+  virtual int opened_fd() const = 0;
+  virtual void ClearOpened() = 0;
+  // After the last program closed the device: gives the next one a fresh port (no input left
+  // unread, output not stopped, not exclusive, start/stop characters at their defaults; speed
+  // and modes stay). Returns "" or what could not be done, for the log.
+  virtual std::string Freshen() = 0;
+
+  // --- The UDP socket toward the terminal.
+  // Binds a socket to `local`; 0 or the errno of the step that failed. The kernel is asked to
+  // count the datagrams it drops for a full receive buffer.
+  virtual int OpenSocket(const net::Endpoint& local, int buffer_bytes) = 0;
+  // 0, or the errno of a close that reported an error (the socket is gone either way).
+  virtual int CloseSocket() = 0;
+  virtual bool socket_open() const = 0;
+  virtual int socket_fd() const = 0;
+  virtual net::Endpoint LocalEndpoint() const = 0;
+  // Bytes sent, or -errno (-EAGAIN or -ENOBUFS while the send side is full).
+  virtual long SendTo(std::span<const std::uint8_t> data, const net::Endpoint& to) = 0;
+  // One datagram: its size, or -errno (-EAGAIN when none waits). *dropped receives the kernel's
+  // running count of datagrams this socket lost to a full receive buffer, as it stood when this
+  // datagram was queued (so drops show with the first datagram after them).
+  virtual long ReceiveFrom(std::span<std::uint8_t> buffer, net::Endpoint* from,
+                           std::uint32_t* dropped) = 0;
+
+  // --- Handing over across a restart: the descriptors themselves.
+  virtual net::Fd DuplicatePty() const = 0;
+  virtual net::Fd DuplicateSocket() const = 0;
+};
+
+// The real port: a new pty (raw, 115200 bits/s, mode 0660, group `group` when it can be given;
+// *warning says when it cannot), or the master handed back by the service manager.
+// Throws std::system_error when no pty can be had.
+std::unique_ptr<PortIo> OpenPosixPortIo(const std::string& group, std::string* warning);
+std::unique_ptr<PortIo> AdoptPosixPortIo(net::Fd master, net::Fd socket);
+
+}  // namespace ketra::vspd
+
+#endif  // KETRA_DAEMON_PORT_IO_H_

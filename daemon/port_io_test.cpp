@@ -1,0 +1,172 @@
+// The contract of PortIo, run against the real pty and socket and against the fake the relay's
+// tests use, so that the fake cannot drift from what the kernel does; then what only the real
+// one can show: a fresh device for the next program, and the kernel's count of dropped datagrams.
+#include "daemon/port_io.h"
+
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <memory>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "daemon/port_io_fake.h"
+
+namespace ketra::vspd {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+// A program on the pty, for each implementation.
+struct PosixHarness {
+  std::unique_ptr<PortIo> Make() {
+    std::string warning;
+    return OpenPosixPortIo("", &warning);
+  }
+  void Open(PortIo& io) {
+    program = net::Fd(::open(io.pty_path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));
+    ASSERT_TRUE(program.valid());
+  }
+  void Write(PortIo&, const Bytes& bytes) {
+    ASSERT_EQ(::write(program.get(), bytes.data(), bytes.size()),
+              static_cast<ssize_t>(bytes.size()));
+  }
+  Bytes Read(PortIo&) {
+    Bytes buffer(4096);
+    const ssize_t got = ::read(program.get(), buffer.data(), buffer.size());
+    buffer.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
+    return buffer;
+  }
+  void Close(PortIo&) { program.Reset(); }
+  net::Fd program;
+};
+
+struct FakeHarness {
+  std::unique_ptr<PortIo> Make() { return std::make_unique<FakePortIo>(); }
+  static FakePortIo& Fake(PortIo& io) { return static_cast<FakePortIo&>(io); }
+  void Open(PortIo& io) { Fake(io).held = true; }
+  void Write(PortIo& io, const Bytes& bytes) { Fake(io).from_program.push_back(bytes); }
+  Bytes Read(PortIo& io) { return std::exchange(Fake(io).to_program, Bytes()); }
+  void Close(PortIo& io) { Fake(io).held = false; }
+};
+
+template <typename Harness>
+class PortIoContract : public ::testing::Test {
+ protected:
+  Bytes ReadAll(std::size_t size) {
+    Bytes all(size + 1);
+    const long got = io_->ReadPty(all);
+    all.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
+    return all;
+  }
+  Harness harness;
+  std::unique_ptr<PortIo> io_ = harness.Make();
+};
+
+using Implementations = ::testing::Types<PosixHarness, FakeHarness>;
+TYPED_TEST_SUITE(PortIoContract, Implementations);
+
+TYPED_TEST(PortIoContract, ThePtyFollowsWhetherAProgramHoldsIt) {
+  PortIo& io = *this->io_;
+  std::uint8_t byte[1];
+  EXPECT_FALSE(io.Held());
+  EXPECT_EQ(io.ReadPty(byte), -EIO);
+
+  this->harness.Open(io);
+  EXPECT_TRUE(io.Held());
+  EXPECT_EQ(io.ReadPty(byte), -EAGAIN);
+  this->harness.Write(io, {'a', 0, 0xFF});
+  EXPECT_EQ(this->ReadAll(3), (Bytes{'a', 0, 0xFF}));
+  const Bytes toward{'z', 0x11, 0x13};
+  EXPECT_EQ(io.WritePty(toward), 3);
+  EXPECT_EQ(this->harness.Read(io), toward);
+
+  // What the program wrote before it left still comes, then the hang-up.
+  this->harness.Write(io, {'b', 'y', 'e'});
+  this->harness.Close(io);
+  EXPECT_FALSE(io.Held());
+  EXPECT_EQ(this->ReadAll(3), (Bytes{'b', 'y', 'e'}));
+  EXPECT_EQ(io.ReadPty(byte), -EIO);
+}
+
+TYPED_TEST(PortIoContract, TheSocketIsBoundAndEmptyAtFirst) {
+  PortIo& io = *this->io_;
+  EXPECT_FALSE(io.socket_open());
+  ASSERT_EQ(io.OpenSocket({net::kLoopbackAddress, 0}, 1 << 16), 0);
+  EXPECT_TRUE(io.socket_open());
+  EXPECT_EQ(io.LocalEndpoint().address, net::kLoopbackAddress);
+  std::uint8_t buffer[16];
+  net::Endpoint from;
+  std::uint32_t dropped = 0;
+  EXPECT_EQ(io.ReceiveFrom(buffer, &from, &dropped), -EAGAIN);
+  EXPECT_EQ(io.CloseSocket(), 0);
+  EXPECT_FALSE(io.socket_open());
+}
+
+TEST(PosixPortIoTest, TheNextProgramFindsAFreshPortWithItsSpeedAndModes) {
+  std::string warning;
+  const auto io = OpenPosixPortIo("", &warning);
+  {
+    const net::Fd program(::open(io->pty_path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));
+    ASSERT_TRUE(program.valid());
+    termios settings{};
+    ASSERT_EQ(::tcgetattr(program.get(), &settings), 0);
+    ::cfsetspeed(&settings, B9600);
+    settings.c_cflag |= CSTOPB;
+    settings.c_cc[VSTART] = _POSIX_VDISABLE;
+    settings.c_cc[VSTOP] = _POSIX_VDISABLE;
+    ASSERT_EQ(::tcsetattr(program.get(), TCSANOW, &settings), 0);
+    ASSERT_EQ(::ioctl(program.get(), TIOCEXCL), 0);
+    ASSERT_EQ(::tcflow(program.get(), TCOOFF), 0);
+    const Bytes unread{'o', 'l', 'd'};
+    ASSERT_EQ(io->WritePty(unread), 3);
+  }
+  ASSERT_FALSE(io->Held());
+  EXPECT_EQ(io->Freshen(), "");
+
+  const net::Fd next(::open(io->pty_path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));
+  ASSERT_TRUE(next.valid());
+  int exclusive = 1;
+  ASSERT_EQ(::ioctl(next.get(), TIOCGEXCL, &exclusive), 0);
+  EXPECT_EQ(exclusive, 0);
+  char byte = 0;
+  EXPECT_EQ(::read(next.get(), &byte, 1), -1) << "stale input for the next program";
+  EXPECT_EQ(::write(next.get(), "x", 1), 1) << "output left stopped";
+  std::uint8_t got[4];
+  EXPECT_EQ(io->ReadPty(got), 1);
+  termios settings{};
+  ASSERT_EQ(::tcgetattr(next.get(), &settings), 0);
+  EXPECT_EQ(::cfgetospeed(&settings), static_cast<speed_t>(B9600));
+  EXPECT_NE(settings.c_cflag & CSTOPB, 0u);
+  EXPECT_EQ(settings.c_cc[VSTART], 0x11);
+  EXPECT_EQ(settings.c_cc[VSTOP], 0x13);
+}
+
+TEST(PosixPortIoTest, TheKernelsDropsAreCountedExactly) {
+  std::string warning;
+  const auto io = OpenPosixPortIo("", &warning);
+  ASSERT_EQ(io->OpenSocket({net::kLoopbackAddress, 0}, 4096), 0);
+  net::UdpSocket sender;
+  ASSERT_EQ(sender.Open({net::kLoopbackAddress, 0}), 0);
+  // Loopback delivers inside sendto, so whatever does not fit the small buffer is dropped now.
+  const Bytes datagram(1000, 'd');
+  constexpr int kSent = 200;
+  for (int i = 0; i < kSent; ++i) ASSERT_EQ(sender.SendTo(datagram, io->LocalEndpoint()), 1000);
+  std::uint8_t buffer[2048];
+  net::Endpoint from;
+  std::uint32_t dropped = 0;
+  int received = 0;
+  while (io->ReceiveFrom(buffer, &from, &dropped) > 0) ++received;
+  // The count comes with the first datagram queued after the drops.
+  ASSERT_EQ(sender.SendTo(datagram, io->LocalEndpoint()), 1000);
+  ASSERT_EQ(io->ReceiveFrom(buffer, &from, &dropped), 1000);
+  EXPECT_GT(dropped, 0u);
+  EXPECT_EQ(received + static_cast<int>(dropped), kSent);
+}
+
+}  // namespace
+}  // namespace ketra::vspd

@@ -1,0 +1,23 @@
+// UpDownBox: the up-down control, an up arrow above a down arrow. The arrows never take the
+// focus; the box does, from the engine. Owns its two arrows (child widgets). GUI thread only.
+#ifndef KETRA_WINDOW_UP_DOWN_BOX_H_
+#define KETRA_WINDOW_UP_DOWN_BOX_H_
+
+#include <QToolButton>
+#include <QWidget>
+
+namespace ketra::window {
+
+class UpDownBox : public QWidget {
+ public:
+  explicit UpDownBox(QWidget* parent);
+
+  QToolButton* up;
+  QToolButton* down;
+
+ protected:
+  void resizeEvent(QResizeEvent* event) override;
+};
+}  // namespace ketra::window
+
+#endif  // KETRA_WINDOW_UP_DOWN_BOX_H_
