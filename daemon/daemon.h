@@ -6,11 +6,18 @@
 // lock beside the hive (one daemon per hive), makes the ports and their links, listens on the
 // control socket, and last writes the device map, so the panel never finds a port that does not
 // answer. Destruction removes the map entries first, then the socket, the links and the ptys.
+//
+// Run as a service, it tells the service manager when it is ready and how it fares, and gives it
+// each pty master and each connected port's socket to keep (the descriptor store); at start it
+// takes back what the store hands over, so a restart keeps every pty, every program that holds
+// one, and every connection.
 // Owns all of it except the registry. Single-threaded; construct, use and destroy it on one
 // thread, with SIGTERM, SIGINT and SIGHUP blocked in every thread of the process.
 #ifndef KETRA_DAEMON_DAEMON_H_
 #define KETRA_DAEMON_DAEMON_H_
 
+#include <chrono>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -20,7 +27,10 @@
 #include "daemon/daemon_config.h"
 #include "daemon/device_map.h"
 #include "daemon/event_loop.h"
+#include "daemon/loss_log.h"
+#include "daemon/open_watch.h"
 #include "daemon/port.h"
+#include "daemon/service_manager.h"
 #include "platform/net/fd.h"
 #include "platform/registry/registry.h"
 
@@ -31,14 +41,17 @@ void BlockDaemonSignals();
 
 class Daemon final : public PortDirectory {
  public:
-  Daemon(const DaemonConfig& config, registry::Registry& registry);
+  // How long the start waits for a hive that another program holds locked.
+  static constexpr std::chrono::seconds kHiveWait{30};
+
+  Daemon(const DaemonConfig& config, registry::Registry& registry, ServiceManager& service);
   Daemon(const Daemon&) = delete;
   Daemon& operator=(const Daemon&) = delete;
   ~Daemon() override;
 
   // Connects every port whose stored settings say enabled, as the panel's connect would.
   void ConnectEnabledPorts();
-  // Serves until SIGTERM or SIGINT.
+  // Serves until SIGTERM or SIGINT (at once when one came during the start).
   void Run();
 
   VirtualPort* FindPort(std::string_view name) override;
@@ -47,16 +60,26 @@ class Daemon final : public PortDirectory {
  private:
   void OnSignal();
   void OnTick();
+  // False when SIGTERM or SIGINT came while the hive was locked; throws after kHiveWait.
+  bool PublishDeviceMap();
+  void KeepInStore(VirtualPort& port);
+  std::string StatusLine() const;
 
   DaemonConfig config_;
   registry::Registry& registry_;
+  ServiceManager& service_;
   net::Fd hive_lock_;
   EventLoop loop_;
   net::Fd signals_;
   net::Fd timer_;
+  OpenWatch open_watch_{loop_};
   std::vector<std::unique_ptr<VirtualPort>> ports_;
   std::unique_ptr<ControlServer> control_;
   std::unique_ptr<DeviceMap> device_map_;
+  std::vector<LossLog> loss_logs_;  // one per port
+  std::map<std::string, std::string>
+      stored_sockets_;  // port name -> its socket's name in the store
+  std::string last_status_line_;
   bool stop_ = false;
 };
 

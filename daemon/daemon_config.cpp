@@ -1,7 +1,5 @@
 #include "daemon/daemon_config.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <set>
@@ -13,6 +11,8 @@
 #include "platform/device/vspd_socket_path.h"
 #include "platform/net/inet.h"
 #include "platform/registry/hive_location.h"
+#include "platform/runtime/build_info.h"
+#include "platform/runtime/site_config.h"
 
 namespace ketra::vspd {
 namespace {
@@ -48,22 +48,88 @@ void Validate(DaemonConfig& config, const std::string& bind_text) {
       (address & 0xFF) << 24 | (address & 0xFF00) << 8 | (address >> 8 & 0xFF00) | address >> 24;
 }
 
-}  // namespace
-
-std::string DefaultLinkDirectory() {
-  if (::geteuid() == 0 && ::access("/dev", W_OK) == 0) return "/dev";
-  if (const char* runtime = std::getenv("XDG_RUNTIME_DIR"); runtime != nullptr && *runtime) {
-    return std::string(runtime) + "/ketra-vspd";
-  }
-  return "/tmp/ketra-vspd-" + std::to_string(::getuid());
+bool ParseBool(const std::string& text, bool* value) {
+  if (text == "true" || text == "yes" || text == "1") return *value = true, true;
+  if (text == "false" || text == "no" || text == "0") return *value = false, true;
+  return false;
 }
+
+std::vector<std::string> SplitPorts(const std::string& text) {
+  std::vector<std::string> ports;
+  std::string::size_type start = 0;
+  for (;;) {
+    const auto comma = text.find(',', start);
+    std::string name = text.substr(start, comma - start);
+    name.erase(0, name.find_first_not_of(" \t"));
+    name.erase(name.find_last_not_of(" \t") + 1);
+    ports.push_back(name);
+    if (comma == std::string::npos) return ports;
+    start = comma + 1;
+  }
+}
+
+// Takes from the configuration file every option the command line did not give. Keys before any
+// section are the machine's (hive, socket), read by every program; [daemon] holds the rest.
+// Throws std::runtime_error "FILE:LINE: why" for an unknown section or key or a bad value.
+void ApplyConfigFile(const std::string& file, CLI::App& app, DaemonConfig& config,
+                     std::vector<std::string>& ports, std::string& bind_text) {
+  std::vector<runtime::ConfigEntry> entries;
+  std::string error;
+  if (!runtime::ReadConfigFile(file, &entries, &error)) throw std::runtime_error(error);
+  for (const runtime::ConfigEntry& entry : entries) {
+    const std::string where = file + ":" + std::to_string(entry.line) + ": ";
+    const bool top = entry.section.empty();
+    if (!top && entry.section != "daemon") {
+      throw std::runtime_error(file + ":" + std::to_string(entry.section_line) +
+                               ": unknown section [" + entry.section + "]");
+    }
+    const bool known =
+        top ? (entry.key == "hive" || entry.key == "socket")
+            : (entry.key == "link-dir" || entry.key == "ports" || entry.key == "connect-enabled" ||
+               entry.key == "group" || entry.key == "bind-address" || entry.key == "max-datagram");
+    if (!known) {
+      throw std::runtime_error(where + "unknown key '" + entry.key + "'" +
+                               (top ? "" : " in [" + entry.section + "]"));
+    }
+    if (app.get_option("--" + entry.key)->count() > 0) continue;  // the command line wins
+    if (entry.key == "hive") {
+      config.hive = entry.value;
+    } else if (entry.key == "socket") {
+      config.socket = entry.value;
+    } else if (entry.key == "link-dir") {
+      config.link_directory = entry.value;
+    } else if (entry.key == "group") {
+      config.group = entry.value;
+    } else if (entry.key == "bind-address") {
+      bind_text = entry.value;
+    } else if (entry.key == "ports") {
+      if (app.get_option("--count")->count() == 0) ports = SplitPorts(entry.value);
+    } else if (entry.key == "connect-enabled") {
+      if (!ParseBool(entry.value, &config.connect_enabled)) {
+        throw std::runtime_error(where + "connect-enabled must be true or false");
+      }
+    } else {
+      char* end = nullptr;
+      const unsigned long bytes = std::strtoul(entry.value.c_str(), &end, 10);
+      if (entry.value.empty() || *end != '\0' || bytes < 1 || bytes > 65507) {
+        throw std::runtime_error(where + "max-datagram must be a number from 1 to 65507");
+      }
+      config.max_datagram = bytes;
+    }
+  }
+}
+
+}  // namespace
 
 std::optional<Invocation> ParseCommandLine(int argc, const char* const* argv, std::string* output,
                                            int* exit_code) {
   Invocation invocation;
   DaemonConfig& config = invocation.config;
   CLI::App app{"ketra-vspd: virtual serial ports as ptys, each bridged to UDP"};
-  app.set_config("--config", "", "read options from this file (name = value lines)");
+  app.set_version_flag("--version", "ketra-vspd " KETRA_VERSION);
+  std::string config_file;
+  app.add_option("--config", config_file,
+                 "read options from this file (e.g. " + runtime::SiteConfigPath() + ")");
   app.add_option("--hive", config.hive, "hive file (default: $KETRA_HIVE or the user's state)");
   app.add_option("--socket", config.socket,
                  "control socket (default: $KETRA_VSPD_SOCKET, $XDG_RUNTIME_DIR/ketra-vspd.sock)");
@@ -101,6 +167,7 @@ std::optional<Invocation> ParseCommandLine(int argc, const char* const* argv, st
     if (*status) invocation.action = Action::kStatus;
     if (*connect) invocation.action = Action::kConnect;
     if (*disconnect) invocation.action = Action::kDisconnect;
+    if (!config_file.empty()) ApplyConfigFile(config_file, app, config, ports, bind_text);
     if (!ports.empty()) {
       config.ports = ports;
     } else {
@@ -112,8 +179,13 @@ std::optional<Invocation> ParseCommandLine(int argc, const char* const* argv, st
   } catch (const CLI::ParseError& error) {
     std::ostringstream out;
     std::ostringstream err;
-    *exit_code = app.exit(error, out, err);
+    // Help and version end well; every mistake in the command line is a usage error, 2.
+    *exit_code = app.exit(error, out, err) == 0 ? 0 : 2;
     *output = out.str() + err.str();
+    return std::nullopt;
+  } catch (const std::runtime_error& error) {
+    *exit_code = 2;
+    *output = std::string("ketra-vspd: ") + error.what() + "\n";
     return std::nullopt;
   }
   if (config.hive.empty()) config.hive = registry::DefaultHivePath();

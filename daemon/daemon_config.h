@@ -3,8 +3,11 @@
 //              | --count N --first 3] [--config FILE] [--connect-enabled] [--group NAME]
 //              [--bind-address A.B.C.D] [--max-datagram BYTES]
 //   ketra-vspd status [--json] | connect PORT | disconnect PORT   (with --hive, --socket)
-// The configuration file holds the same options as `name = value` lines (INI or TOML form,
-// e.g. `ports = "COM3,COM4"`, `connect-enabled = true`); the command line wins over it.
+//   ketra-vspd --version | --help
+// The configuration file (see platform/runtime/site_config.h) gives `hive` and `socket` before
+// any section and the other options in [daemon], as `name = value` lines (e.g.
+// `ports = "COM3,COM4"`, `connect-enabled = true`); the command line wins over it. An unknown
+// section or key is an error naming the file and the line. Every usage error exits with 2.
 // Pure parsing apart from reading the file and the environment for defaults; thread-safe.
 #ifndef KETRA_DAEMON_DAEMON_CONFIG_H_
 #define KETRA_DAEMON_DAEMON_CONFIG_H_
@@ -44,8 +47,8 @@ struct Invocation {
 std::optional<Invocation> ParseCommandLine(int argc, const char* const* argv, std::string* output,
                                            int* exit_code);
 
-// /dev when the daemon may write there (root), else $XDG_RUNTIME_DIR/ketra-vspd, else
-// /tmp/ketra-vspd-<uid>.
+// A private directory of the user: $XDG_RUNTIME_DIR/ketra-vspd, else /tmp/ketra-vspd-<uid>.
+// The service names its own (/run/ketra/ports) in its configuration file.
 std::string DefaultLinkDirectory();
 
 }  // namespace ketra::vspd

@@ -88,14 +88,46 @@ TEST(DaemonConfigTest, RefusedCommandLines) {
 
 TEST(DaemonConfigTest, AConfigurationFileGivesOptionsTheCommandLineOverrides) {
   const std::string file = ::testing::TempDir() + "vspd-" + std::to_string(::getpid()) + ".conf";
-  std::ofstream(file) << "hive = \"/from/file.db\"\nports = \"COM7,COM8\"\nconnect-enabled = true\n"
-                         "socket = \"/file.sock\"\n";
+  std::ofstream(file) << "hive = \"/from/file.db\"\nsocket = /file.sock\n[daemon]\n"
+                         "ports = \"COM7, COM8\"\nconnect-enabled = true\nmax-datagram = 512\n"
+                         "bind-address = 127.0.0.1\n";
   const auto parsed = Parse({"--config", file, "--socket", "/cli.sock"});
   ASSERT_TRUE(parsed.has_value());
   EXPECT_EQ(parsed->config.hive, "/from/file.db");
   EXPECT_EQ(parsed->config.ports, (std::vector<std::string>{"COM7", "COM8"}));
   EXPECT_TRUE(parsed->config.connect_enabled);
+  EXPECT_EQ(parsed->config.max_datagram, 512u);
+  EXPECT_EQ(parsed->config.bind_address, 0x7F000001u);
   EXPECT_EQ(parsed->config.socket, "/cli.sock");
+  ::unlink(file.c_str());
+}
+
+TEST(DaemonConfigTest, AConfigurationFileMistakeNamesFileAndLine) {
+  const std::string file = ::testing::TempDir() + "vspd-bad-" + std::to_string(::getpid());
+  const struct {
+    const char* text;
+    const char* message;
+  } cases[] = {
+      {"hive = /h.db\nports = COM3\n", ":2: unknown key 'ports'"},
+      {"[daemon]\n\nhive = /h.db\n", ":3: unknown key 'hive' in [daemon]"},
+      {"# note\n[panel]\nx = 1\n", ":2: unknown section [panel]"},
+      {"[daemon]\nconnect-enabled = maybe\n", ":2: connect-enabled must be true or false"},
+      {"[daemon]\nmax-datagram = 9x\n", ":2: max-datagram must be a number"},
+      {"[daemon]\nports = COM3,,COM4\n", "bad port name ''"},
+      {"socket\n", ":1: expected name = value"},
+  };
+  for (const auto& c : cases) {
+    std::ofstream(file) << c.text;
+    std::vector<std::string> args = {"ketra-vspd", "--config", file};
+    std::vector<const char*> argv;
+    for (const auto& arg : args) argv.push_back(arg.c_str());
+    std::string output;
+    int code = 0;
+    EXPECT_FALSE(ParseCommandLine(3, argv.data(), &output, &code).has_value()) << c.text;
+    EXPECT_EQ(code, 2);
+    EXPECT_NE(output.find(c.message), std::string::npos) << output;
+  }
+  EXPECT_FALSE(Parse({"--config", file + ".missing"}).has_value());
   ::unlink(file.c_str());
 }
 

@@ -8,6 +8,7 @@
 #include "daemon/daemon_config.h"
 #include "daemon/log.h"
 #include "daemon/port_link.h"
+#include "daemon/service_manager.h"
 #include "platform/device/vspd_device.h"
 #include "platform/registry/sqlite_hive.h"
 
@@ -21,6 +22,14 @@ int main(int argc, char** argv) {
     return exit_code;
   }
   const vspd::DaemonConfig& config = invocation->config;
+  if (invocation->action != vspd::Action::kRun) {
+    // Say why the daemon cannot be reached: a user outside the service's group is told so.
+    if (const std::string problem = device::DescribeVspdSocketProblem(config.socket);
+        !problem.empty()) {
+      std::cerr << "ketra-vspd: " << problem << "\n";
+      return 1;
+    }
+  }
   switch (invocation->action) {
     case vspd::Action::kStatus:
       return vspd::RunStatus(config.socket, invocation->json, std::cout, std::cerr);
@@ -40,7 +49,8 @@ int main(int argc, char** argv) {
       vspd::EnsureDirectory(config.hive.substr(0, slash));
     }
     auto registry = registry::OpenSqliteHive(config.hive);
-    vspd::Daemon daemon(config, *registry);
+    const auto service = vspd::MakeSystemdServiceManager();
+    vspd::Daemon daemon(config, *registry, *service);
     if (config.connect_enabled) daemon.ConnectEnabledPorts();
     daemon.Run();
   } catch (const std::exception& error) {

@@ -24,7 +24,6 @@ VirtualPort::VirtualPort(Poller& poller, std::string name, std::unique_ptr<PortI
   if (!options_.link_directory.empty()) {
     link_ = PortLink(options_.link_directory, name_, io_->pty_path());
   }
-  opened_watch_ = poller_.Add(io_->opened_fd(), kReadable, [this](std::uint32_t) { OnOpened(); });
   if (resumed && io_->socket_open()) {
     settings_ = resumed;
     flow_ = resumed->software_flow ? FlowControl::Software(resumed->xon, resumed->xoff)
@@ -40,7 +39,6 @@ VirtualPort::VirtualPort(Poller& poller, std::string name, std::unique_ptr<PortI
 VirtualPort::~VirtualPort() {
   if (socket_watch_ != 0) poller_.Remove(socket_watch_);
   if (pty_watch_ != 0) poller_.Remove(pty_watch_);
-  poller_.Remove(opened_watch_);
 }
 
 void VirtualPort::Watch() {
@@ -67,6 +65,7 @@ std::uint8_t VirtualPort::Connect(const PortSettings& settings) {
   flow_ = settings.software_flow ? FlowControl::Software(settings.xon, settings.xoff)
                                  : FlowControl::Hardware();
   UpdateInterest();
+  if (on_change_) on_change_(*this);
   return kStatusConnected;
 }
 
@@ -85,6 +84,7 @@ std::uint8_t VirtualPort::Disconnect() {
   counters_.discarded_bytes += to_socket_.size();
   to_socket_.clear();
   UpdateInterest();
+  if (on_change_) on_change_(*this);
   if (error != 0) {
     last_problem_ = std::string("releasing the UDP socket: ") + std::strerror(error);
     return kStatusReleaseFailed;
@@ -114,8 +114,7 @@ void VirtualPort::OnSocketEvents(std::uint32_t events) {
   UpdateInterest();
 }
 
-void VirtualPort::OnOpened() {
-  io_->ClearOpened();
+void VirtualPort::ProgramMayHaveOpened() {
   if (held_) return;
   // What a program wrote before it closed again, too quickly to be seen as holding the port.
   while (RelayFromPty() == Drain::kMore) {

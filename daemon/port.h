@@ -21,6 +21,7 @@
 #define KETRA_DAEMON_PORT_H_
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -79,6 +80,13 @@ class VirtualPort {
   std::uint8_t Connect(const PortSettings& settings);
   // 113 disconnected, 0 not connected, 22 the socket's release reported an error.
   std::uint8_t Disconnect();
+  // A program may have opened the device (OpenWatch says so): the port asks the pty.
+  void ProgramMayHaveOpened();
+  // Runs after every connect that succeeded and every disconnect (the daemon keeps the service
+  // manager's store in step).
+  void OnConnectionChange(std::function<void(VirtualPort&)> callback) {
+    on_change_ = std::move(callback);
+  }
 
   const std::string& name() const { return name_; }
   const std::string& link_path() const { return link_.path(); }
@@ -103,7 +111,6 @@ class VirtualPort {
   void Watch();
   void OnPtyEvents(std::uint32_t events);
   void OnSocketEvents(std::uint32_t events);
-  void OnOpened();
   void ProgramGone();
   Drain RelayFromPty();
   void RelayFromSocket();
@@ -120,7 +127,6 @@ class VirtualPort {
   std::string last_problem_;
   bool held_ = false;
   Poller::WatchId pty_watch_ = 0;  // only while held: an unheld master reports hang-up always
-  Poller::WatchId opened_watch_ = 0;
   Poller::WatchId socket_watch_ = 0;
 
   std::optional<PortSettings> settings_;
@@ -137,6 +143,7 @@ class VirtualPort {
   std::size_t to_pty_offset_ = 0;
 
   PortCounters counters_;
+  std::function<void(VirtualPort&)> on_change_;
 };
 
 }  // namespace ketra::vspd

@@ -36,9 +36,6 @@ class PortIo {
   virtual long WritePty(std::span<const std::uint8_t> data) = 0;
   // Whether any program holds the port's device open now.
   virtual bool Held() = 0;
-  // Readable when a program may have opened the device since the last call of ClearOpened.
-  virtual int opened_fd() const = 0;
-  virtual void ClearOpened() = 0;
   // After the last program closed the device: gives the next one a fresh port (no input left
   // unread, output not stopped, not exclusive, start/stop characters at their defaults; speed
   // and modes stay). Returns "" or what could not be done, for the log.

@@ -29,7 +29,7 @@ class FakePortIo final : public PortIo {
   };
   enum class Call { kReadPty, kWritePty, kOpenSocket, kCloseSocket, kSendTo, kReceiveFrom };
   static constexpr std::size_t kUnlimited = std::numeric_limits<std::size_t>::max();
-  static constexpr int kPtyFd = 1000, kOpenedFd = 1001, kSocketFd = 1002;
+  static constexpr int kPtyFd = 1000, kSocketFd = 1002;
 
   // The next `times` calls of `call` fail with `error` (as -error, or error for the socket's
   // open and close).
@@ -72,8 +72,6 @@ class FakePortIo final : public PortIo {
     return static_cast<long>(size);
   }
   bool Held() override { return held; }
-  int opened_fd() const override { return kOpenedFd; }
-  void ClearOpened() override {}
   std::string Freshen() override {
     ++freshened;
     return freshen_problem;

@@ -1,7 +1,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <stdlib.h>
-#include <sys/inotify.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <termios.h>
@@ -33,19 +32,14 @@ net::Fd OpenSlave(const std::string& path) {
 
 // The daemon holds no descriptor of the slave: the master then reports a hang-up (EPOLLHUP, and
 // EIO once read empty) exactly while no program holds the device, which is the kernel's own
-// count of openers, never a guess. Opens are seen through inotify (IN_OPEN on the slave), which
-// only wakes the daemon; whether the device is held is then asked of the master again.
+// count of openers, never a guess. Opens are seen through OpenWatch, which only wakes the port;
+// whether the device is held is then asked of the master again.
 class PosixPortIo final : public PortIo {
  public:
   PosixPortIo(net::Fd master, net::UdpSocket socket)
       : master_(std::move(master)),
         slave_path_(SlavePath(master_.get())),
         socket_(std::move(socket)) {
-    opened_ = net::Fd(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
-    if (!opened_) Throw("inotify_init1");
-    if (::inotify_add_watch(opened_.get(), slave_path_.c_str(), IN_OPEN) < 0) {
-      Throw("inotify_add_watch on the pty");
-    }
     if (socket_.is_open()) socket_.CountDrops();
   }
 
@@ -64,13 +58,6 @@ class PosixPortIo final : public PortIo {
     pollfd probe{master_.get(), POLLIN, 0};
     return ::poll(&probe, 1, 0) >= 0 && (probe.revents & POLLHUP) == 0;
   }
-  int opened_fd() const override { return opened_.get(); }
-  void ClearOpened() override {
-    alignas(inotify_event) char events[4096];
-    while (::read(opened_.get(), events, sizeof events) > 0) {
-    }
-  }
-
   std::string Freshen() override {
     // Opening the slave for a moment is the only way to reach its state; the program that
     // opens next cannot be refused for it, as the kernel counts openers, not this descriptor.
@@ -130,7 +117,6 @@ class PosixPortIo final : public PortIo {
 
   net::Fd master_;
   std::string slave_path_;
-  net::Fd opened_;
   net::UdpSocket socket_;
 };
 

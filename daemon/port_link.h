@@ -6,6 +6,8 @@
 #ifndef KETRA_DAEMON_PORT_LINK_H_
 #define KETRA_DAEMON_PORT_LINK_H_
 
+#include <sys/types.h>
+
 #include <string>
 
 namespace ketra::vspd {
@@ -30,8 +32,14 @@ class PortLink {
   std::string target_;
 };
 
-// Makes `directory` and its parents (mode 0755) when missing; throws std::runtime_error.
-void EnsureDirectory(const std::string& directory);
+// Makes `directory` (with `mode`) and its parents (0755) when missing; throws
+// std::runtime_error when that fails or the name is not a directory.
+void EnsureDirectory(const std::string& directory, mode_t mode = 0755);
+
+// EnsureDirectory (0750), then makes sure that the directory is no link, belongs to the daemon's
+// user or root and that nobody else may write in it: the links and the socket are trusted by
+// whoever opens them. Throws std::runtime_error saying what is wrong.
+void EnsureOwnDirectory(const std::string& directory);
 
 }  // namespace ketra::vspd
 

@@ -57,11 +57,11 @@ void PortLink::Remove() {
   path_.clear();
 }
 
-void EnsureDirectory(const std::string& directory) {
-  if (directory.empty()) throw std::runtime_error("empty link directory");
+void EnsureDirectory(const std::string& directory, mode_t mode) {
+  if (directory.empty()) throw std::runtime_error("empty directory name");
   for (std::size_t slash = directory.find('/', 1);; slash = directory.find('/', slash + 1)) {
     const std::string prefix = directory.substr(0, slash);
-    if (::mkdir(prefix.c_str(), 0755) != 0 && errno != EEXIST) {
+    if (::mkdir(prefix.c_str(), slash == std::string::npos ? mode : 0755) != 0 && errno != EEXIST) {
       throw std::runtime_error("cannot make " + prefix + ": " + std::strerror(errno));
     }
     if (slash == std::string::npos) break;
@@ -69,6 +69,26 @@ void EnsureDirectory(const std::string& directory) {
   struct stat info {};
   if (::stat(directory.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) {
     throw std::runtime_error(directory + " is not a directory");
+  }
+}
+
+void EnsureOwnDirectory(const std::string& directory) {
+  // The last part is the daemon's own: nobody else gets to write or list it.
+  EnsureDirectory(directory, 0750);
+  struct stat info {};
+  if (::lstat(directory.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) {
+    throw std::runtime_error("refusing " + directory + ": a link to a directory, not one");
+  }
+  // Whoever else may write here could swap a port's link or the socket for a trap of their own.
+  if (info.st_uid != ::geteuid() && info.st_uid != 0) {
+    throw std::runtime_error("refusing " + directory + ": it belongs to uid " +
+                             std::to_string(info.st_uid) + ", not to this daemon's user or root");
+  }
+  if ((info.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
+    throw std::runtime_error("refusing " + directory + ": others may write in it (mode " +
+                             std::to_string(info.st_mode >> 6 & 7) +
+                             std::to_string(info.st_mode >> 3 & 7) +
+                             std::to_string(info.st_mode & 7) + ")");
   }
 }
 

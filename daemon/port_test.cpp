@@ -233,7 +233,7 @@ TEST_F(RelayTest, NobodyHoldsThePortThenAProgramOpensItThenLeaves) {
   EXPECT_EQ(port_->counters().unheld_bytes, 4u);
 
   io_->held = true;
-  poller_.Fire(FakePortIo::kOpenedFd, kReadable);
+  port_->ProgramMayHaveOpened();
   EXPECT_TRUE(port_->held());
   FromTerminal(Text("seen"));
   poller_.Fire(kSocket, kReadable);

@@ -1,15 +1,18 @@
 // ketra: the control panel's window. The program instance runs on the headless form engine with
 // the machine's hive, driver daemon and files; FormView draws it with Qt and passes the user's
 // actions back as the engine's user operations. Everything runs on the GUI thread, the form
-// engine's one thread: the load first, then the window built from the loaded form.
+// engine's one thread: the load first, then the window built from the loaded form; only Qt's
+// font database is filled on a second thread meanwhile (FontWarmUp).
 //
 //   ketra [--hive PATH] [--socket PATH] [--screenshot-dir DIR] [--exit-after-first-frame]
+//   ketra --help | --version
 #include <QApplication>
 #include <QDir>
 #include <QStyleFactory>
 #include <QTimer>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -22,9 +25,11 @@
 #include "platform/forms/app.h"
 #include "platform/registry/hive_location.h"
 #include "platform/registry/sqlite_hive.h"
+#include "platform/runtime/build_info.h"
 #include "platform/runtime/text_file.h"
 #include "window/app_icon.h"
 #include "window/first_frame.h"
+#include "window/font_warm_up.h"
 #include "window/form_view.h"
 #include "window/lamp_pictures.h"
 #include "window/qt_message_boxes.h"
@@ -66,7 +71,25 @@ int SaveScreenshots(ketra::window::FormView& view, const ketra::forms::Form& for
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
+  // The command line comes first, so that --help, --version and mistakes need no display.
+  CLI::App cli{"ketra: the Ketra virtual serial port control panel."};
+  cli.set_version_flag("--version", "ketra " KETRA_VERSION);
+  std::string hive;
+  std::string socket;
+  std::string screenshot_dir;
+  bool exit_after_first_frame = false;
+  cli.add_option("--hive", hive, "The hive file (default: the user's, else the system's).");
+  cli.add_option("--socket", socket, "The driver daemon's control socket (default: as the hive).");
+  cli.add_option("--screenshot-dir", screenshot_dir,
+                 "Save a picture of each tab page into this directory, then end.");
+  cli.add_flag("--exit-after-first-frame", exit_after_first_frame,
+               "Print the monotonic time of the first frame shown, then end.");
+  try {
+    cli.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return cli.exit(error) == 0 ? 0 : 2;  // a usage error is 2, as in the other programs
+  }
   if (!HasDisplay()) {
     std::fputs(
         "ketra: no display found. Run it under a desktop session, or use ketra-session for a "
@@ -74,20 +97,8 @@ int main(int argc, char** argv) {
         stderr);
     return 2;
   }
-
-  CLI::App cli{"ketra: the Ketra virtual serial port control panel."};
-  std::string hive = ketra::registry::DefaultHivePath();
-  std::string socket = ketra::device::DefaultVspdSocketPath();
-  std::string screenshot_dir;
-  bool exit_after_first_frame = false;
-  cli.add_option("--hive", hive, "The hive file (default: the user's).");
-  cli.add_option("--socket", socket, "The driver daemon's control socket.");
-  cli.add_option("--screenshot-dir", screenshot_dir,
-                 "Save a picture of each tab page into this directory, then end.");
-  cli.add_flag("--exit-after-first-frame", exit_after_first_frame,
-               "Print the monotonic time of the first frame shown, then end.");
-  cli.allow_extras();  // Qt's own options (-platform, ...)
-  CLI11_PARSE(cli, argc, argv);
+  if (hive.empty()) hive = ketra::registry::DefaultHivePath();
+  if (socket.empty()) socket = ketra::device::DefaultVspdSocketPath();
 
   const std::unique_ptr<ketra::registry::Registry> registry = ketra::registry::OpenSqliteHive(hive);
   const std::unique_ptr<ketra::device::DeviceIo> device = ketra::device::MakeVspdDevice(socket);
@@ -95,9 +106,14 @@ int main(int argc, char** argv) {
   const std::unique_ptr<ketra::runtime::FileSystem> files = ketra::runtime::MakePosixFileSystem();
 
   QApplication app(argc, argv);
+  // The application id: the desktop entry ketra.desktop that names this program and its icon.
+  QGuiApplication::setDesktopFileName(QStringLiteral("ketra"));
   QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
   QApplication::setWindowIcon(ketra::window::KetraIcon());
 
+  // The font database, which the window's first text measurement needs, fills while the load
+  // runs.
+  ketra::window::FontWarmUp font_warm_up;
   ketra::window::QtMessageBoxes qt_boxes;
   const auto program = std::make_unique<ketra::Program>(
       ketra::Platform{*registry, *device, *services, *files, qt_boxes});
@@ -110,6 +126,7 @@ int main(int argc, char** argv) {
     return 1;
   }
 
+  font_warm_up.Wait();
   ketra::window::FormView view(program->form(), ketra::window::LampPictures());
   qt_boxes.SetParent(&view);
   QObject::connect(&view, &ketra::window::FormView::programEnded, &app,
@@ -128,4 +145,11 @@ int main(int argc, char** argv) {
     });
   }
   return QApplication::exec();
+} catch (const std::exception& error) {
+  // Nothing below main handles it: say what stopped the program instead of aborting.
+  std::cerr << "ketra: stopped by an unexpected error: " << error.what() << '\n';
+  return 1;
+} catch (...) {
+  std::cerr << "ketra: stopped by an unexpected error\n";
+  return 1;
 }

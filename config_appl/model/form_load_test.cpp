@@ -148,5 +148,17 @@ TEST(FormLoad, FirstRunFillsTheValuesALaterPortsKeyLacksWithItsDefaults) {
   EXPECT_EQ(f.row(2).LocalPort, "5555");
 }
 
+// A device map value of COM and a backslash names a port of that name; its key path then ends in
+// a backslash, which the store takes as the key COM, so the start goes on past the save.
+TEST(FormLoad, APortNameEndingInABackslashIsStoredUnderTheKeyWithoutIt) {
+  ProgramFixture f;
+  f.AddDevice(0, "COM\\");
+  ASSERT_TRUE(f.Start());
+  EXPECT_TRUE(f.TakeBoxes().empty());
+  EXPECT_EQ(f.row(0).PortName, "COM\\");
+  EXPECT_EQ(f.Stored("COM", "LOCALPORT"), "3000");
+  EXPECT_EQ(f.Stored("COM", "PORTNAME"), "COM\\");
+}
+
 }  // namespace
 }  // namespace ketra

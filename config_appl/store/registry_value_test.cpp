@@ -103,6 +103,9 @@ TEST(GetRegistryValue, MissingValueAndOtherTypesKeepTheBlanksOfTheBuffer) {
   f.memory->OpenKeyEx(registry::kHKeyLocalMachine, "Software\\Tessaron\\VSP\\COM3", 0,
                       registry::kKeyWrite, &key);
   f.memory->SetValueEx(key, "SZ", registry::kRegSz, reinterpret_cast<const std::uint8_t*>("49"), 3);
+  // A text stored without its NUL: the read ends it with one, as with a stored NUL.
+  f.memory->SetValueEx(key, "SZBARE", registry::kRegSz, reinterpret_cast<const std::uint8_t*>("49"),
+                       2);
   f.memory->SetValueEx(key, "EMPTY0", registry::kRegNone, nullptr, 0);
   const std::string long_text(300, '7');
   f.memory->SetValueEx(key, "LONG", registry::kRegNone,
@@ -110,6 +113,7 @@ TEST(GetRegistryValue, MissingValueAndOtherTypesKeepTheBlanksOfTheBuffer) {
   f.memory->CloseKey(key);
 
   EXPECT_EQ(Get(f.p(), "COM3", "SZ"), std::string("49\0", 3) + std::string(252, ' '));
+  EXPECT_EQ(Get(f.p(), "COM3", "SZBARE"), std::string("49\0", 3) + std::string(252, ' '));
   EXPECT_EQ(Get(f.p(), "COM3", "EMPTY0"), "");
   // Too long for the buffer: the buffer stays blank.
   EXPECT_EQ(Get(f.p(), "COM3", "LONG"), std::string(255, ' '));

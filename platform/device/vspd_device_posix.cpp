@@ -1,6 +1,8 @@
 #include <poll.h>
+#include <pwd.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -11,20 +13,61 @@
 #include "platform/device/vspd_device.h"
 #include "platform/device/vspd_protocol.h"
 #include "platform/net/fd.h"
+#include "platform/runtime/build_info.h"
 
 namespace ketra::device {
 namespace {
 
 using net::Fd;
 
-Fd ConnectTo(const std::string& socket_path) {
+// The daemon is trusted when it runs as root, as the service user or as this user; a socket
+// served by anyone else could be a stranger's trap for what the panel sends.
+bool TrustedPeer(unsigned uid) {
+  if (uid == 0 || uid == ::getuid() || uid == ::geteuid()) return true;
+  std::vector<char> buffer(16384);
+  passwd entry{};
+  passwd* found = nullptr;
+  return ::getpwnam_r(KETRA_SERVICE_USER, &entry, buffer.data(), buffer.size(), &found) == 0 &&
+         found != nullptr && found->pw_uid == uid;
+}
+
+// Connects to the daemon; on failure says why in *problem (when given).
+Fd ConnectTo(const std::string& socket_path, std::string* problem = nullptr) {
+  std::string ignored;
+  std::string& why = problem != nullptr ? *problem : ignored;
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
-  if (socket_path.empty() || socket_path.size() >= sizeof address.sun_path) return Fd();
+  if (socket_path.empty() || socket_path.size() >= sizeof address.sun_path) {
+    why = "the socket path is empty or too long: " + socket_path;
+    return Fd();
+  }
   std::memcpy(address.sun_path, socket_path.data(), socket_path.size());
   Fd fd(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
-  if (!fd) return Fd();
+  if (!fd) {
+    why = std::string("socket: ") + std::strerror(errno);
+    return Fd();
+  }
   if (::connect(fd.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+    const int error = errno;
+    if (error == EACCES || error == EPERM) {
+      why = "permission denied at " + socket_path +
+            ": only root, the user " KETRA_SERVICE_USER
+            " and members of the group " KETRA_SERVICE_USER
+            " may use the driver (ask to be added to the group " KETRA_SERVICE_USER
+            ", then log in again)";
+    } else if (error == ENOENT || error == ECONNREFUSED) {
+      why = "no daemon answers at " + socket_path;
+    } else {
+      why = "cannot connect to " + socket_path + ": " + std::strerror(error);
+    }
+    return Fd();
+  }
+  ucred peer{};
+  socklen_t length = sizeof peer;
+  if (::getsockopt(fd.get(), SOL_SOCKET, SO_PEERCRED, &peer, &length) != 0 ||
+      !TrustedPeer(peer.uid)) {
+    why = "refused the daemon at " + socket_path + ": it runs as uid " + std::to_string(peer.uid) +
+          ", neither root, the user " KETRA_SERVICE_USER " nor you";
     return Fd();
   }
   return fd;
@@ -174,6 +217,12 @@ std::optional<std::string> QueryVspdStatus(const std::string& socket_path,
     if (document.size() > kMostStatusText) return std::nullopt;
     if (Receive(fd, answer_timeout, &reply) != Outcome::kAnswered) return std::nullopt;
   }
+}
+
+std::string DescribeVspdSocketProblem(const std::string& socket_path) {
+  std::string problem;
+  ConnectTo(socket_path, &problem);
+  return problem;
 }
 
 }  // namespace ketra::device

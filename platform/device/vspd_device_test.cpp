@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -158,27 +159,29 @@ TEST(VspdDeviceTest, NoDaemonNoHandle) {
   EXPECT_FALSE(QueryVspdStatus(::testing::TempDir() + "no-such-daemon.sock", 200ms).has_value());
 }
 
-TEST(VspdSocketPathTest, EnvironmentDecides) {
+TEST(VspdSocketPathTest, VariableThenOwnDaemonThenSystemDaemon) {
   struct Case {
-    const char* socket;
-    const char* runtime;
-    std::string expected;
+    SocketSearch search;
+    std::set<std::string> existing;
+    const char* expected;
   };
-  const std::vector<Case> cases = {
-      {"/x/y.sock", "/run/user/5", "/x/y.sock"},
-      {"", "/run/user/5", "/run/user/5/ketra-vspd.sock"},
-      {nullptr, nullptr, "/tmp/ketra-vspd-" + std::to_string(::getuid()) + ".sock"},
+  const Case cases[] = {
+      {{"/x/y.sock", "/run/user/5", 5, "/run/ketra/vspd.sock"}, {}, "/x/y.sock"},
+      {{"", "/run/user/5", 5, ""}, {}, "/run/user/5/ketra-vspd.sock"},
+      {{"", "", 5, ""}, {}, "/tmp/ketra-vspd-5/ketra-vspd.sock"},
+      // The system's daemon serves a user without one of their own.
+      {{"", "/run/user/5", 5, "/run/ketra/vspd.sock"}, {}, "/run/ketra/vspd.sock"},
+      {{"", "/run/user/5", 5, "/run/ketra/vspd.sock"},
+       {"/run/user/5/ketra-vspd.sock"},
+       "/run/user/5/ketra-vspd.sock"},
+      {{"", "", 5, "/run/ketra/vspd.sock"},
+       {"/tmp/ketra-vspd-5/ketra-vspd.sock"},
+       "/tmp/ketra-vspd-5/ketra-vspd.sock"},
   };
   for (const auto& c : cases) {
-    if (c.socket)
-      ::setenv("KETRA_VSPD_SOCKET", c.socket, 1);
-    else
-      ::unsetenv("KETRA_VSPD_SOCKET");
-    if (c.runtime)
-      ::setenv("XDG_RUNTIME_DIR", c.runtime, 1);
-    else
-      ::unsetenv("XDG_RUNTIME_DIR");
-    EXPECT_EQ(DefaultVspdSocketPath(), c.expected);
+    EXPECT_EQ(ChooseVspdSocketPath(
+                  c.search, [&](const std::string& path) { return c.existing.count(path) > 0; }),
+              c.expected);
   }
 }
 

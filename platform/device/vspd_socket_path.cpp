@@ -1,21 +1,19 @@
 #include "platform/device/vspd_socket_path.h"
 
-#include <cstdlib>
-
-#include <unistd.h>
-
 namespace ketra::device {
 
-std::string DefaultVspdSocketPath() {
-  if (const char* explicit_path = std::getenv("KETRA_VSPD_SOCKET");
-      explicit_path != nullptr && *explicit_path != '\0') {
-    return explicit_path;
-  }
-  if (const char* runtime_dir = std::getenv("XDG_RUNTIME_DIR");
-      runtime_dir != nullptr && *runtime_dir != '\0') {
-    return std::string(runtime_dir) + "/ketra-vspd.sock";
-  }
-  return "/tmp/ketra-vspd-" + std::to_string(::getuid()) + ".sock";
+std::string PrivateRuntimeDirectory(unsigned uid) {
+  return "/tmp/ketra-vspd-" + std::to_string(uid);
+}
+
+std::string ChooseVspdSocketPath(const SocketSearch& search,
+                                 const std::function<bool(const std::string&)>& exists) {
+  if (!search.ketra_vspd_socket.empty()) return search.ketra_vspd_socket;
+  const std::string own = !search.xdg_runtime_dir.empty()
+                              ? search.xdg_runtime_dir + "/ketra-vspd.sock"
+                              : PrivateRuntimeDirectory(search.uid) + "/ketra-vspd.sock";
+  if (search.site_socket.empty() || exists(own)) return own;
+  return search.site_socket;
 }
 
 }  // namespace ketra::device

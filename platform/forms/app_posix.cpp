@@ -2,6 +2,7 @@
 // single-instance test.
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -13,10 +14,24 @@
 
 namespace ketra::forms {
 
-InstanceLock::InstanceLock(const std::string& path)
-    : fd_(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {
-  TryAcquire();
+namespace {
+
+// The lock beside a hive shared by a group is the group's too: made 0660 whatever the umask,
+// and opened for reading only where the user may not write it (flock needs no more).
+int OpenLockFile(const std::string& path) {
+  int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0660);
+  if (fd >= 0) {
+    ::fchmod(fd, 0660);
+    return fd;
+  }
+  fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0660);
+  if (fd < 0 && errno == EACCES) fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  return fd;
 }
+
+}  // namespace
+
+InstanceLock::InstanceLock(const std::string& path) : fd_(OpenLockFile(path)) { TryAcquire(); }
 
 InstanceLock::~InstanceLock() {
   // Closing the last descriptor of the open file description releases the lock.

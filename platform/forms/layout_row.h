@@ -14,6 +14,15 @@
 namespace ketra::forms {
 
 class LayoutRow {
+  // Defined before the setters that call it: clang 14 refuses, in a constant expression, a call
+  // of a member template whose definition comes later in the class.
+  template <typename T, typename V>
+  constexpr LayoutRow With(T ControlSpec::*member, V value) const {
+    LayoutRow next = *this;
+    next.row_.*member = value;
+    return next;
+  }
+
  public:
   constexpr LayoutRow(std::string_view name, Kind kind, std::string_view container = {}) {
     row_.name = name;
@@ -53,13 +62,6 @@ class LayoutRow {
   constexpr operator ControlSpec() const { return row_; }  // NOLINT: a row is its spec
 
  private:
-  template <typename T, typename V>
-  constexpr LayoutRow With(T ControlSpec::*member, V value) const {
-    LayoutRow next = *this;
-    next.row_.*member = value;
-    return next;
-  }
-
   ControlSpec row_{};
 };
 

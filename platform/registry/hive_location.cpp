@@ -1,33 +1,17 @@
 #include "platform/registry/hive_location.h"
 
-#include <cstdlib>
-#include <string_view>
-
 namespace ketra::registry {
-namespace {
 
-std::string_view Variable(const char* name) {
-  const char* value = std::getenv(name);
-  return value == nullptr ? std::string_view() : std::string_view(value);
-}
-
-std::string Join(std::string_view base, std::string_view tail) {
-  std::string path;
-  path.reserve(base.size() + tail.size());
-  path.append(base).append(tail);
-  return path;
-}
-
-}  // namespace
-
-std::string DefaultHivePath() {
-  if (std::string_view hive = Variable("KETRA_HIVE"); !hive.empty()) return std::string(hive);
+std::string ChooseHivePath(const HiveSearch& search,
+                           const std::function<bool(const std::string&)>& exists) {
+  if (!search.ketra_hive.empty()) return search.ketra_hive;
   // XDG: a relative XDG_STATE_HOME is invalid and must be ignored.
-  if (std::string_view state = Variable("XDG_STATE_HOME"); !state.empty() && state[0] == '/') {
-    return Join(state, "/ketra/hive.db");
-  }
-  std::string_view home = Variable("HOME");
-  return Join(home.empty() ? std::string_view(".") : home, "/.local/state/ketra/hive.db");
+  const std::string own =
+      !search.xdg_state_home.empty() && search.xdg_state_home[0] == '/'
+          ? search.xdg_state_home + "/ketra/hive.db"
+          : (search.home.empty() ? std::string(".") : search.home) + "/.local/state/ketra/hive.db";
+  if (search.site_hive.empty() || exists(own)) return own;
+  return search.site_hive;
 }
 
 }  // namespace ketra::registry

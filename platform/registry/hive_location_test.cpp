@@ -2,56 +2,37 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <optional>
+#include <set>
 #include <string>
 
 namespace ketra::registry {
 namespace {
 
-// Sets or clears one environment variable for the length of a scope.
-class ScopedEnv {
- public:
-  ScopedEnv(const char* name, const char* value) : name_(name) {
-    if (const char* old = std::getenv(name)) old_ = old;
-    if (value == nullptr) {
-      unsetenv(name);
-    } else {
-      setenv(name, value, 1);
-    }
-  }
-  ~ScopedEnv() {
-    if (old_) {
-      setenv(name_, old_->c_str(), 1);
-    } else {
-      unsetenv(name_);
-    }
-  }
-
- private:
-  const char* name_;
-  std::optional<std::string> old_;
-};
-
-TEST(HiveLocationTest, VariableThenStateHomeThenHome) {
+TEST(HiveLocationTest, VariableThenOwnHiveThenSystemHive) {
   struct Case {
-    const char* hive;
-    const char* state;
-    const char* home;
+    HiveSearch search;
+    std::set<std::string> existing;
     const char* expected;
   };
   const Case cases[] = {
-      {"/srv/hive.db", "/state", "/home/u", "/srv/hive.db"},
-      {nullptr, "/state", "/home/u", "/state/ketra/hive.db"},
-      {"", "/state", "/home/u", "/state/ketra/hive.db"},
-      {nullptr, nullptr, "/home/u", "/home/u/.local/state/ketra/hive.db"},
-      {nullptr, "relative", "/home/u", "/home/u/.local/state/ketra/hive.db"},
+      {{"/srv/hive.db", "/state", "/home/u", "/var/lib/ketra/hive.db"}, {}, "/srv/hive.db"},
+      {{"", "/state", "/home/u", ""}, {}, "/state/ketra/hive.db"},
+      {{"", "", "/home/u", ""}, {}, "/home/u/.local/state/ketra/hive.db"},
+      {{"", "relative", "/home/u", ""}, {}, "/home/u/.local/state/ketra/hive.db"},
+      {{"", "", "", ""}, {}, "./.local/state/ketra/hive.db"},
+      // The system's hive serves a user without one; a user's own hive keeps serving them.
+      {{"", "/state", "/home/u", "/var/lib/ketra/hive.db"}, {}, "/var/lib/ketra/hive.db"},
+      {{"", "/state", "/home/u", "/var/lib/ketra/hive.db"},
+       {"/state/ketra/hive.db"},
+       "/state/ketra/hive.db"},
+      {{"", "", "/home/u", "/var/lib/ketra/hive.db"},
+       {"/home/u/.local/state/ketra/hive.db"},
+       "/home/u/.local/state/ketra/hive.db"},
   };
   for (const auto& c : cases) {
-    ScopedEnv hive("KETRA_HIVE", c.hive);
-    ScopedEnv state("XDG_STATE_HOME", c.state);
-    ScopedEnv home("HOME", c.home);
-    EXPECT_EQ(DefaultHivePath(), c.expected);
+    EXPECT_EQ(ChooseHivePath(c.search,
+                             [&](const std::string& path) { return c.existing.count(path) > 0; }),
+              c.expected);
   }
 }
 

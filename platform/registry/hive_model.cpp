@@ -1,5 +1,6 @@
 #include "platform/registry/hive_model.h"
 
+#include <bit>
 #include <cstring>
 
 namespace ketra::registry {
@@ -18,7 +19,47 @@ std::uint64_t FoldWord(std::uint64_t word) {
   return word ^ (lower >> 2);
 }
 
+static_assert(std::endian::native == std::endian::little);
+
+std::uint64_t Load8(const char* bytes) {
+  std::uint64_t word;
+  std::memcpy(&word, bytes, 8);
+  return word;
+}
+
+// The eight bytes of `text` from `at` as one word; past the end, the bytes are zero. The last
+// word of a name of eight bytes or more is read as the name's last eight bytes shifted down
+// (on a little-endian machine the first of them is the lowest), so that no byte-wise copy is
+// needed.
+std::uint64_t WordAt(std::string_view text, std::size_t at) {
+  const std::size_t left = text.size() - at;
+  if (left >= 8) return Load8(text.data() + at);
+  if (text.size() >= 8) return Load8(text.data() + text.size() - 8) >> (8 * (8 - left));
+  std::uint64_t word = 0;
+  for (std::size_t i = 0; i < left; ++i) {
+    word |= static_cast<std::uint64_t>(static_cast<unsigned char>(text[at + i])) << (8 * i);
+  }
+  return word;
+}
+
 }  // namespace
+
+std::size_t FoldedNameHash::operator()(std::string_view name) const {
+  std::uint64_t hash = name.size() * 0x9E3779B97F4A7C15u;
+  for (std::size_t at = 0; at < name.size(); at += 8) {
+    hash = (hash ^ FoldWord(WordAt(name, at))) * 0xFF51AFD7ED558CCDu;
+    hash ^= hash >> 32;
+  }
+  return static_cast<std::size_t>(hash);
+}
+
+bool FoldedNameEqual::operator()(std::string_view a, std::string_view b) const {
+  if (a.size() != b.size()) return false;
+  for (std::size_t at = 0; at < a.size(); at += 8) {
+    if (FoldWord(WordAt(a, at)) != FoldWord(WordAt(b, at))) return false;
+  }
+  return true;
+}
 
 void FoldNameInto(std::string_view name, std::string* folded) {
   folded->resize(name.size());
@@ -129,8 +170,8 @@ void HiveModel::SetValues(KeyId key_id, std::vector<HiveValue> values) {
   key->values_known = true;
 }
 
-const HiveValue* HiveModel::FindValue(const HiveKey& key, const std::string& folded) const {
-  auto it = key.value_index.find(folded);
+const HiveValue* HiveModel::FindValue(const HiveKey& key, std::string_view name) const {
+  auto it = key.value_index.find(name);
   return it == key.value_index.end() ? nullptr : &key.values[it->second];
 }
 

@@ -27,6 +27,17 @@ inline constexpr KeyId kRootKeyId = 1;
 std::string FoldName(std::string_view name);
 void FoldNameInto(std::string_view name, std::string* folded);
 
+// Hash and equality of names as their folded forms compare, without making the folded form: a
+// key's values are found by the name as the caller spells it.
+struct FoldedNameHash {
+  using is_transparent = void;
+  std::size_t operator()(std::string_view name) const;
+};
+struct FoldedNameEqual {
+  using is_transparent = void;
+  bool operator()(std::string_view a, std::string_view b) const;
+};
+
 // Splits a key path at backslashes. False when the path begins with a backslash; behind that a
 // doubled backslash counts as one and a trailing one is dropped ("A\\\\B\\" is A, B). An empty
 // path gives no parts.
@@ -43,7 +54,8 @@ struct HiveKey {
   std::string name;
   std::map<std::string, KeyId> children;  // by folded name, so iteration is the enum order
   std::vector<HiveValue> values;          // creation order
-  std::unordered_map<std::string, std::size_t> value_index;  // folded name -> index in values
+  // Folded name -> index in values; found by any spelling of the name.
+  std::unordered_map<std::string, std::size_t, FoldedNameHash, FoldedNameEqual> value_index;
   // False while the store has not been asked: `children` then holds only the subkeys looked up
   // so far, and `values` nothing.
   bool children_known = true;
@@ -81,7 +93,8 @@ class HiveModel {
   // Removes the key and everything below it; the root is emptied instead.
   void DeleteTree(KeyId id);
 
-  const HiveValue* FindValue(const HiveKey& key, const std::string& folded) const;
+  // The value of that name in any case.
+  const HiveValue* FindValue(const HiveKey& key, std::string_view name) const;
 
  private:
   std::unordered_map<KeyId, HiveKey> keys_;

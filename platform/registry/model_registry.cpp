@@ -172,8 +172,7 @@ Status ModelRegistry::QueryValueEx(HKey handle, std::string_view value_name, std
   Status status = Resolve(handle, false, false, &key, &id);
   if (status != kErrorSuccess) return status;
   if (data != nullptr && data_length == nullptr) return kErrorInvalidParameter;
-  FoldNameInto(value_name, &folded_);
-  const HiveValue* value = model_.FindValue(*key, folded_);
+  const HiveValue* value = model_.FindValue(*key, value_name);
   if (value == nullptr) return kErrorFileNotFound;
   const auto size = static_cast<std::uint32_t>(value->data.size());
   if (type != nullptr) *type = value->type;

@@ -12,11 +12,13 @@
 #include "platform/registry/sqlite_hive.h"
 
 #include <sqlite3.h>
-#include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <iterator>
 
+#include "platform/registry/hive_files.h"
 #include "platform/registry/model_registry.h"
 #include "platform/registry/sqlite_owners.h"
 #include "platform/registry/wal_change_watch.h"
@@ -75,7 +77,9 @@ constexpr StatementText kStatements[] = {
     {kReadKey, "SELECT parent, name FROM hive_key WHERE id = ?1"},
     {kReadChild, "SELECT id, name FROM hive_key WHERE parent = ?1 AND fold = ?2"},
     {kReadChildren, "SELECT id, name FROM hive_key WHERE parent = ?1"},
-    {kReadValues, "SELECT name, type, data FROM hive_value WHERE key = ?1 ORDER BY seq"},
+    // Unsorted: a sort in SQLite costs more than the rest of the query; the few values of a key
+    // are put in order here.
+    {kReadValues, "SELECT name, type, data, seq FROM hive_value WHERE key = ?1"},
     {kInsertKey,
      "INSERT INTO hive_key (parent, name, fold) VALUES (?1, ?2, ?3)"
      " ON CONFLICT (parent, fold) DO NOTHING"},
@@ -125,23 +129,6 @@ Status StatusOf(int rc) {
     default:
       return kErrorRegistryIoFailed;
   }
-}
-
-bool FileExists(const std::string& path) {
-  struct stat info;
-  return ::stat(path.c_str(), &info) == 0;
-}
-
-// Makes every missing directory above `path`.
-Status MakeParentDirectories(const std::string& path) {
-  for (std::size_t slash = path.find('/', 1); slash != std::string::npos;
-       slash = path.find('/', slash + 1)) {
-    const std::string dir = path.substr(0, slash);
-    if (::mkdir(dir.c_str(), 0755) == 0 || errno == EEXIST) continue;
-    return errno == EACCES || errno == EPERM || errno == EROFS ? kErrorAccessDenied
-                                                               : kErrorRegistryIoFailed;
-  }
-  return kErrorSuccess;
 }
 
 // Binds a byte run as a blob; an empty run stays an empty blob rather than NULL.
@@ -204,7 +191,10 @@ class SqliteStore : public HiveStore {
   void Rollback() override;
 
  private:
+  // Open, and one line on standard error the first time the hive proves unusable.
   Status Connect(bool for_write);
+  Status Open(bool for_write);
+  void ReportUnusable(const std::string& cause);
   Status CheckSchema(bool for_write);
   Status CreateSchema();
   // True when there is a hive to read from; false (nothing to read) when the file is missing or
@@ -242,6 +232,8 @@ class SqliteStore : public HiveStore {
   WalChangeWatch watch_;            // marks the log state that the model matches
   WalChangeWatch::Header before_commit_{};
   bool have_before_commit_ = false;
+  bool foreign_ = false;   // the file is another program's database
+  bool reported_ = false;  // the line on standard error is written
 };
 
 void SqliteStore::Disconnect() {
@@ -304,15 +296,41 @@ Status SqliteStore::QueryInt(const char* sql, std::int64_t* value) {
 }
 
 Status SqliteStore::Connect(bool for_write) {
+  const Status status = Open(for_write);
+  if (status == kErrorBadDb) {
+    ReportUnusable(foreign_ ? "another program's file (not a Ketra hive)"
+                            : "corrupt (damaged, or not an SQLite database)");
+  } else if (status == kErrorAccessDenied) {
+    ReportUnusable("no permission");
+  } else if (status == kErrorFileNotFound && !path_.empty()) {
+    // A hive not made yet is a fresh start; a path that cannot be reached is worth a line.
+    if (const std::string why = WhyHiveIsMissing(path_); !why.empty()) ReportUnusable(why);
+  }
+  return status;
+}
+
+void SqliteStore::ReportUnusable(const std::string& cause) {
+  if (reported_) return;
+  reported_ = true;
+  // One line, as a system log would have it; the caller shows its own message as well.
+  const std::string line =
+      std::string(program_invocation_short_name) + ": hive " + path_ + ": " + cause + "\n";
+  std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
+Status SqliteStore::Open(bool for_write) {
   if (db_) {
     if (schema_ready_ || !for_write) return kErrorSuccess;
     return Fail(CheckSchema(true));
   }
   if (path_.empty()) return for_write ? kErrorRegistryIoFailed : kErrorFileNotFound;
-  if (!for_write && !FileExists(path_)) return kErrorFileNotFound;
+  if (!for_write && !HiveFileExists(path_)) return kErrorFileNotFound;
   if (for_write) {
-    Status status = MakeParentDirectories(path_);
+    Status status = MakeHiveDirectories(path_);
     if (status != kErrorSuccess) return status;
+    // The hive is shared by a group (the service's): made 0660 whatever the umask, so a daemon
+    // run by hand gives the group the access the service gives it.
+    CreateSharedHiveFile(path_);
   }
   sqlite3* raw = nullptr;
   const int flags =
@@ -322,7 +340,7 @@ Status SqliteStore::Connect(bool for_write) {
   if (rc != SQLITE_OK) {
     Disconnect();
     if ((rc & 0xFF) == SQLITE_CANTOPEN) {
-      return for_write ? kErrorAccessDenied : kErrorFileNotFound;
+      return for_write || HiveFileReadDenied(path_) ? kErrorAccessDenied : kErrorFileNotFound;
     }
     return StatusOf(rc);
   }
@@ -345,13 +363,15 @@ Status SqliteStore::CheckSchema(bool for_write) {
     std::int64_t objects = 0;
     status = QueryInt("SELECT count(*) FROM sqlite_master", &objects);
     if (status != kErrorSuccess) return status;
-    if (objects != 0) return kErrorBadDb;  // someone else's database
+    foreign_ = objects != 0;
+    if (foreign_) return kErrorBadDb;  // someone else's database
     // An empty file reads as an empty hive; the tables come with the first write.
     if (!for_write) return kErrorSuccess;
     if (read_only_) return kErrorAccessDenied;
     status = CreateSchema();
     if (status != kErrorSuccess) return status;
   } else if (application_id != kApplicationId) {
+    foreign_ = true;
     return kErrorBadDb;
   }
   std::int64_t version = 0;
@@ -507,15 +527,22 @@ Status SqliteStore::ReadValues(KeyId key, std::vector<HiveValue>* values) {
   if (stmt == nullptr) return Fail(kErrorBadDb);
   ResetOnExit reset(stmt);
   sqlite3_bind_int64(stmt, 1, key);
+  std::vector<std::pair<std::int64_t, HiveValue>> rows;
   int rc = SQLITE_OK;
   while ((rc = sqlite3_step(stmt)) == SQLITE_ROW) {
-    HiveValue& value = values->emplace_back();
+    HiveValue value;
     value.name = ColumnText(stmt, 0);
     value.type = static_cast<std::uint32_t>(sqlite3_column_int64(stmt, 1));
     const auto* bytes = static_cast<const std::uint8_t*>(sqlite3_column_blob(stmt, 2));
     if (bytes != nullptr) value.data.assign(bytes, bytes + sqlite3_column_bytes(stmt, 2));
+    rows.emplace_back(sqlite3_column_int64(stmt, 3), std::move(value));
   }
-  return rc == SQLITE_DONE ? kErrorSuccess : Fail(StatusOf(rc));
+  if (rc != SQLITE_DONE) return Fail(StatusOf(rc));
+  std::sort(rows.begin(), rows.end(),
+            [](const auto& a, const auto& b) { return a.first < b.first; });
+  values->reserve(rows.size());
+  for (auto& row : rows) values->push_back(std::move(row.second));
+  return kErrorSuccess;
 }
 
 Status SqliteStore::BeginWrite() {

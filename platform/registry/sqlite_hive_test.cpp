@@ -285,6 +285,18 @@ int RunUnprivileged(const std::function<int()>& body) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : 200;
 }
 
+TEST_F(SqliteHiveTest, FilesAreSharedWithTheGroupWhateverTheUmask) {
+  const mode_t old_mask = umask(077);
+  auto reg = OpenSqliteHive(Hive());
+  ASSERT_EQ(SetText(*reg, "Software\\Tessaron\\VSP\\COM3", "XON", "66"), kErrorSuccess);
+  umask(old_mask);
+  for (const char* suffix : {"", "-wal", "-shm"}) {
+    struct stat info {};
+    ASSERT_EQ(stat((Hive() + suffix).c_str(), &info), 0) << suffix;
+    EXPECT_EQ(info.st_mode & 0777, 0660u) << suffix;
+  }
+}
+
 TEST_F(SqliteHiveTest, AReadOnlyFileRefusesCreatesAndWrites) {
   {
     auto reg = OpenSqliteHive(Hive());

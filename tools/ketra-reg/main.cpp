@@ -1,16 +1,24 @@
 // ketra-reg: reads and writes the hive file in the REGEDIT4 text form.
 //   ketra-reg [--hive PATH] export [KEY]
 //   ketra-reg [--hive PATH] import FILE|-
+//   ketra-reg --help | --version
+// Exit status: 0 done, 1 the hive or the file could not be read or written, 2 usage error.
+#include <sys/stat.h>
+
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
+#include <exception>
 #include <fstream>
 #include <iostream>
 #include <iterator>
 #include <sstream>
 #include <string>
 
-#include "tools/ketra-reg/reg_text.h"
+#include "platform/runtime/build_info.h"
+#include "tools/ketra-reg/reg_apply.h"
+#include "tools/ketra-reg/reg_export.h"
+#include "tools/ketra-reg/reg_parse.h"
 #include "tools/machine/machine.h"
 
 namespace {
@@ -66,8 +74,9 @@ int Import(ketra::registry::Registry& reg, const std::string& file) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   CLI::App app{"Reads and writes the Ketra hive file in the REGEDIT4 text form."};
+  app.set_version_flag("--version", "ketra-reg " KETRA_VERSION);
   app.fallthrough();
   std::string hive;
   app.add_option("--hive", hive,
@@ -83,14 +92,35 @@ int main(int argc, char** argv) {
       app.add_subcommand("import", "apply a REGEDIT4 file, all of it or nothing");
   import_command->add_option("FILE", file, "the file, or - for standard input")->required();
   app.require_subcommand(1);
-  CLI11_PARSE(app, argc, argv);
-
-  std::string error;
-  auto reg = ketra::machine::OpenRegistry(hive, &error);
-  if (!reg) {
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : 2;
+  }
+  std::string hive_error;
+  if (!ketra::machine::ResolveHive(&hive, &hive_error)) {
     std::cerr << "ketra-reg: " << error << '\n';
     return 2;
   }
+  // A hive named in a directory that is not there is a mistake, not an empty hive.
+  const auto slash = hive.rfind('/');
+  if (slash != std::string::npos && slash > 0) {
+    struct stat info {};
+    const std::string directory = hive.substr(0, slash);
+    if (::stat(directory.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) {
+      std::cerr << "ketra-reg: " << hive << ": the directory " << directory << " does not exist\n";
+      return 1;
+    }
+  }
+
+  auto reg = ketra::machine::OpenRegistry(hive);
   if (*export_command) return Export(*reg, key);
   return Import(*reg, file);
+} catch (const std::exception& error) {
+  // Nothing below main handles it: say what stopped the program instead of aborting.
+  std::cerr << "ketra-reg: stopped by an unexpected error: " << error.what() << '\n';
+  return 1;
+} catch (...) {
+  std::cerr << "ketra-reg: stopped by an unexpected error\n";
+  return 1;
 }

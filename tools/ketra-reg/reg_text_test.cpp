@@ -1,4 +1,6 @@
-#include "tools/ketra-reg/reg_text.h"
+#include "tools/ketra-reg/reg_apply.h"
+#include "tools/ketra-reg/reg_export.h"
+#include "tools/ketra-reg/reg_parse.h"
 
 #include <gtest/gtest.h>
 

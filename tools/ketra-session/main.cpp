@@ -1,6 +1,7 @@
 // ketra-session: runs one program session on the headless form engine from a script or standard
 // input and prints what happens as JSON Lines. The command language and the output forms are
 // the session protocol; this file only wires the machine's services together.
+#include <exception>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -9,6 +10,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "platform/runtime/build_info.h"
 #include "tools/ketra-session/session.h"
 #include "tools/machine/machine.h"
 
@@ -33,23 +35,34 @@ class ForcedPrevInstance : public ketra::forms::AppServices {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   CLI::App cli{"Runs one session of the Ketra panel on the headless form engine."};
+  cli.set_version_flag("--version", "ketra-session " KETRA_VERSION);
   std::string hive;
   std::string app_path;
   std::string prev_instance;
   std::string driver = "scripted";
   std::string script;
-  CLI::Option* hive_option =
-      cli.add_option("--hive", hive, "the hive file that stands in for the registry");
-  if (ketra::machine::UsesHiveFile()) hive_option->required();
+  cli.add_option("--hive", hive,
+                 ketra::machine::UsesHiveFile()
+                     ? "the hive file (default: the user's, else the system's)"
+                     : "not used on Windows, where the system registry holds the settings");
   cli.add_option("--app-path", app_path, "the program's own directory (default: the executable's)");
   cli.add_option("--prev-instance", prev_instance, "force the single-instance test's answer")
       ->check(CLI::IsMember({"yes", "no"}));
   cli.add_option("--driver", driver, "scripted stand-in or the machine's driver daemon")
       ->check(CLI::IsMember({"scripted", "system"}));
   cli.add_option("SCRIPT", script, "a file of commands (default: standard input)");
-  CLI11_PARSE(cli, argc, argv);
+  try {
+    cli.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return cli.exit(error) == 0 ? 0 : 2;
+  }
+  std::string hive_error;
+  if (!ketra::machine::ResolveHive(&hive, &hive_error)) {
+    std::cerr << "ketra-session: " << error << '\n';
+    return 2;
+  }
 
   std::ifstream script_file;
   if (!script.empty()) {
@@ -60,12 +73,7 @@ int main(int argc, char** argv) {
     }
   }
 
-  std::string error;
-  std::unique_ptr<ketra::registry::Registry> registry = ketra::machine::OpenRegistry(hive, &error);
-  if (!registry) {
-    std::cerr << "ketra-session: " << error << '\n';
-    return 2;
-  }
+  std::unique_ptr<ketra::registry::Registry> registry = ketra::machine::OpenRegistry(hive);
   // An empty app path stands for the directory of the executable.
   std::unique_ptr<ketra::forms::AppServices> real_app = ketra::machine::MakeApp(app_path, hive);
   std::optional<ForcedPrevInstance> forced;
@@ -79,4 +87,11 @@ int main(int argc, char** argv) {
       ketra::session::Environment{*registry, *app, *files, system_device.get()}, std::cout);
   session.Run(script.empty() ? std::cin : script_file);
   return 0;
+} catch (const std::exception& error) {
+  // Nothing below main handles it: say what stopped the program instead of aborting.
+  std::cerr << "ketra-session: stopped by an unexpected error: " << error.what() << '\n';
+  return 1;
+} catch (...) {
+  std::cerr << "ketra-session: stopped by an unexpected error\n";
+  return 1;
 }

@@ -19,10 +19,13 @@ namespace ketra::machine {
 // True where the registry is a hive file named with --hive.
 bool UsesHiveFile();
 
-// The registry of the machine. POSIX: the hive file at `hive`, or the default hive when it is
-// empty. Windows: the system registry; a non-empty `hive` is refused with a null result and
-// *error saying why.
-std::unique_ptr<registry::Registry> OpenRegistry(const std::string& hive, std::string* error);
+// Settles the --hive option. POSIX: an empty *hive becomes the default hive's path. Windows: the
+// system registry needs no file, so a hive named there is refused: false, and *error says why.
+bool ResolveHive(std::string* hive, std::string* error);
+
+// The registry of the machine: the hive file at `hive` (POSIX), or the system registry
+// (Windows, where `hive` is empty).
+std::unique_ptr<registry::Registry> OpenRegistry(const std::string& hive);
 
 // App.Path and App.PrevInstance. An empty app_path stands for the executable's directory. The
 // single-instance test is scoped to the hive on POSIX and to the user's session on Windows.

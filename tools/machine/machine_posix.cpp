@@ -12,8 +12,13 @@ namespace ketra::machine {
 
 bool UsesHiveFile() { return true; }
 
-std::unique_ptr<registry::Registry> OpenRegistry(const std::string& hive, std::string*) {
-  return registry::OpenSqliteHive(hive.empty() ? registry::DefaultHivePath() : hive);
+bool ResolveHive(std::string* hive, std::string*) {
+  if (hive->empty()) *hive = registry::DefaultHivePath();
+  return true;
+}
+
+std::unique_ptr<registry::Registry> OpenRegistry(const std::string& hive) {
+  return registry::OpenSqliteHive(hive);
 }
 
 std::unique_ptr<forms::AppServices> MakeApp(std::string app_path, const std::string& hive) {

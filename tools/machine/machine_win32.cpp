@@ -10,15 +10,15 @@ namespace ketra::machine {
 
 bool UsesHiveFile() { return false; }
 
-std::unique_ptr<registry::Registry> OpenRegistry(const std::string& hive, std::string* error) {
-  if (!hive.empty()) {
-    if (error != nullptr) {
-      *error =
-          "--hive names a hive file, which Windows has no use for: on Windows the settings live "
-          "in the system registry under HKEY_LOCAL_MACHINE";
-    }
-    return nullptr;
-  }
+bool ResolveHive(std::string* hive, std::string* error) {
+  if (hive->empty()) return true;
+  *error =
+      "--hive names a hive file, which Windows has no use for: on Windows the settings live in "
+      "the system registry under HKEY_LOCAL_MACHINE";
+  return false;
+}
+
+std::unique_ptr<registry::Registry> OpenRegistry(const std::string&) {
   return registry::OpenWin32Registry();
 }
 

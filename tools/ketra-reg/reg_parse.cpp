@@ -1,18 +1,11 @@
-#include "tools/ketra-reg/reg_text.h"
+// Reading a REGEDIT4 file into a list of changes: lines joined into statements, then each
+// statement checked and turned into one change.
+#include "tools/ketra-reg/reg_parse.h"
 
-#include <cstdio>
-
-#include "platform/registry/registry_batch.h"
 #include "platform/runtime/codepage.h"
 
 namespace ketra::regtext {
 namespace {
-
-using registry::HKey;
-using registry::kErrorSuccess;
-using registry::kHKeyLocalMachine;
-using registry::Registry;
-using registry::Status;
 
 constexpr std::string_view kRootName = "HKEY_LOCAL_MACHINE";
 constexpr std::string_view kRootShortName = "HKLM";
@@ -40,61 +33,6 @@ int HexValue(char c) {
   if (c >= 'a' && c <= 'f') return c - 'a' + 10;
   if (c >= 'A' && c <= 'F') return c - 'A' + 10;
   return -1;
-}
-
-std::string Quote(std::string_view ansi) {
-  std::string escaped;
-  for (char c : ansi) {
-    if (c == '\\' || c == '"') escaped += '\\';
-    escaped += c;
-  }
-  return '"' + runtime::AnsiToUtf8(escaped) + '"';
-}
-
-std::string ValueLine(const std::string& name, std::uint32_t type,
-                      const std::vector<std::uint8_t>& data) {
-  std::string line = name.empty() ? "@" : Quote(name);
-  line += '=';
-  bool text = type == registry::kRegSz && !data.empty() && data.back() == 0;
-  for (std::size_t i = 0; text && i + 1 < data.size(); ++i) text = data[i] != 0;
-  if (text) {
-    line += Quote(std::string_view(reinterpret_cast<const char*>(data.data()), data.size() - 1));
-    return line;
-  }
-  char buffer[16];
-  std::snprintf(buffer, sizeof buffer, "hex(%x):", type);
-  line += buffer;
-  for (std::size_t i = 0; i < data.size(); ++i) {
-    std::snprintf(buffer, sizeof buffer, i == 0 ? "%02x" : ",%02x", data[i]);
-    line += buffer;
-  }
-  return line;
-}
-
-Status ExportKey(Registry& reg, HKey key, const std::string& path, std::string* text) {
-  *text += "\n[" + runtime::AnsiToUtf8(path) + "]\n";
-  std::string name;
-  std::uint32_t type = 0;
-  std::vector<std::uint8_t> data;
-  Status status = kErrorSuccess;
-  std::uint32_t index = 0;
-  while ((status = reg.EnumValue(key, index++, &name, &type, &data)) == kErrorSuccess) {
-    *text += ValueLine(name, type, data) + '\n';
-  }
-  if (status != registry::kErrorNoMoreItems) return status;
-  std::vector<std::string> subkeys;
-  index = 0;
-  while ((status = reg.EnumKey(key, index++, &name)) == kErrorSuccess) subkeys.push_back(name);
-  if (status != registry::kErrorNoMoreItems) return status;
-  for (const std::string& subkey : subkeys) {
-    HKey child = 0;
-    status = reg.OpenKeyEx(key, subkey, 0, registry::kKeyRead, &child);
-    if (status != kErrorSuccess) return status;
-    status = ExportKey(reg, child, path + '\\' + subkey, text);
-    reg.CloseKey(child);
-    if (status != kErrorSuccess) return status;
-  }
-  return kErrorSuccess;
 }
 
 // Physical lines joined into statements. In a value line, a line that ends in a backslash
@@ -299,40 +237,6 @@ bool RelativeKeyPath(std::string_view full_path, std::string* relative) {
   return false;
 }
 
-Status ExportText(Registry& reg, std::string_view full_path, std::string* text) {
-  std::string relative;
-  if (!full_path.empty() && !RelativeKeyPath(full_path, &relative)) {
-    return registry::kErrorInvalidParameter;
-  }
-  // The header shows each key in the case it was made in, whatever case the caller typed.
-  std::string shown(kRootName);
-  HKey key = kHKeyLocalMachine;
-  std::size_t start = 0;
-  while (start < relative.size()) {
-    std::size_t end = relative.find('\\', start);
-    if (end == std::string::npos) end = relative.size();
-    const std::string part = relative.substr(start, end - start);
-    std::string name;
-    std::string found;
-    for (std::uint32_t i = 0; reg.EnumKey(key, i, &name) == kErrorSuccess; ++i) {
-      if (EqualsNoCase(name, part)) found = name;
-    }
-    HKey child = 0;
-    Status status = reg.OpenKeyEx(key, part, 0, registry::kKeyRead, &child);
-    if (key != kHKeyLocalMachine) reg.CloseKey(key);
-    if (status != kErrorSuccess) return status;
-    key = child;
-    shown += '\\' + (found.empty() ? part : found);
-    start = end + 1;
-  }
-  std::string out = "REGEDIT4\n";
-  Status status = ExportKey(reg, key, shown, &out);
-  if (key != kHKeyLocalMachine) reg.CloseKey(key);
-  if (status != kErrorSuccess) return status;
-  *text = std::move(out);
-  return kErrorSuccess;
-}
-
 bool ParseText(std::string_view text, std::vector<RegChange>* changes, ParseError* error) {
   changes->clear();
   if (text.substr(0, 3) == "\xEF\xBB\xBF") text.remove_prefix(3);
@@ -394,58 +298,6 @@ bool ParseText(std::string_view text, std::vector<RegChange>* changes, ParseErro
     return false;
   }
   return true;
-}
-
-Status ApplyChanges(Registry& reg, const std::vector<RegChange>& changes, std::string* message) {
-  auto* batch = dynamic_cast<registry::BatchWriter*>(&reg);
-  if (batch != nullptr) {
-    Status status = batch->BeginBatch();
-    if (status != kErrorSuccess) {
-      *message = "the hive cannot be written (status " + std::to_string(status) + ")";
-      return status;
-    }
-  }
-  HKey key = 0;
-  Status status = kErrorSuccess;
-  const RegChange* failed = nullptr;
-  for (const RegChange& change : changes) {
-    switch (change.kind) {
-      case RegChange::Kind::kOpenKey:
-        if (key != 0) reg.CloseKey(key);
-        key = 0;
-        status =
-            reg.CreateKeyEx(kHKeyLocalMachine, change.key, 0, registry::kKeyWrite, &key, nullptr);
-        break;
-      case RegChange::Kind::kDeleteKey:
-        if (key != 0) reg.CloseKey(key);
-        key = 0;
-        status = reg.DeleteTree(kHKeyLocalMachine, change.key);
-        if (status == registry::kErrorFileNotFound) status = kErrorSuccess;
-        break;
-      case RegChange::Kind::kSetValue:
-        status = reg.SetValueEx(key, change.name, change.type, change.data.data(),
-                                static_cast<std::uint32_t>(change.data.size()));
-        break;
-      case RegChange::Kind::kDeleteValue:
-        status = reg.DeleteValue(key, change.name);
-        if (status == registry::kErrorFileNotFound) status = kErrorSuccess;
-        break;
-    }
-    if (status != kErrorSuccess) {
-      failed = &change;
-      break;
-    }
-  }
-  if (key != 0) reg.CloseKey(key);
-  if (failed == nullptr && batch != nullptr) status = batch->CommitBatch();
-  if (status != kErrorSuccess) {
-    if (batch != nullptr && failed != nullptr) batch->AbortBatch();
-    *message = failed == nullptr
-                   ? "the changes could not be committed (status " + std::to_string(status) + ")"
-                   : "line " + std::to_string(failed->line) + ": the change failed (status " +
-                         std::to_string(status) + ")";
-  }
-  return status;
 }
 
 }  // namespace ketra::regtext

@@ -1,0 +1,97 @@
+#include "platform/runtime/site_config.h"
+
+#include <fstream>
+#include <iterator>
+
+#include "platform/runtime/build_info.h"
+
+namespace ketra::runtime {
+namespace {
+
+std::string_view Trim(std::string_view text) {
+  const auto blank = [](char c) { return c == ' ' || c == '\t' || c == '\r'; };
+  while (!text.empty() && blank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && blank(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+bool IsName(std::string_view name) {
+  if (name.empty()) return false;
+  for (const char c : name) {
+    const bool fine = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+                      c == '-' || c == '_' || c == '.';
+    if (!fine) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool ParseConfigText(std::string_view text, std::vector<ConfigEntry>* entries, int* error_line,
+                     std::string* error) {
+  std::string section;
+  int section_line = 0;
+  int number = 0;
+  while (!text.empty()) {
+    const std::size_t end = text.find('\n');
+    const std::string_view line = Trim(text.substr(0, end));
+    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+    ++number;
+    if (line.empty() || line.front() == '#' || line.front() == ';') continue;
+    const auto fail = [&](std::string why) {
+      *error_line = number;
+      *error = std::move(why);
+      return false;
+    };
+    if (line.front() == '[') {
+      if (line.back() != ']' || !IsName(Trim(line.substr(1, line.size() - 2)))) {
+        return fail("malformed section header");
+      }
+      section = std::string(Trim(line.substr(1, line.size() - 2)));
+      section_line = number;
+      continue;
+    }
+    const std::size_t equals = line.find('=');
+    if (equals == std::string_view::npos) return fail("expected name = value");
+    const std::string_view key = Trim(line.substr(0, equals));
+    std::string_view value = Trim(line.substr(equals + 1));
+    if (!IsName(key)) return fail("malformed name '" + std::string(key) + "'");
+    if (!value.empty() && value.front() == '"') {
+      if (value.size() < 2 || value.back() != '"') return fail("unterminated quoted value");
+      value = value.substr(1, value.size() - 2);
+    }
+    entries->push_back({section, std::string(key), std::string(value), number, section_line});
+  }
+  return true;
+}
+
+bool ReadConfigFile(const std::string& path, std::vector<ConfigEntry>* entries,
+                    std::string* error) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) {
+    *error = path + ": cannot be read";
+    return false;
+  }
+  const std::string text(std::istreambuf_iterator<char>(in), {});
+  int line = 0;
+  std::string why;
+  if (!ParseConfigText(text, entries, &line, &why)) {
+    *error = path + ":" + std::to_string(line) + ": " + why;
+    return false;
+  }
+  return true;
+}
+
+std::string SiteConfigPath() { return KETRA_SITE_CONFIG; }
+
+std::string SiteConfigValue(const std::string& path, std::string_view key) {
+  std::vector<ConfigEntry> entries;
+  std::string error;
+  if (!ReadConfigFile(path, &entries, &error)) return "";
+  for (const ConfigEntry& entry : entries) {
+    if (entry.section.empty() && entry.key == key) return entry.value;
+  }
+  return "";
+}
+
+}  // namespace ketra::runtime
