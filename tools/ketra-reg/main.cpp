@@ -99,7 +99,7 @@ int main(int argc, char** argv) try {
   }
   std::string hive_error;
   if (!ketra::machine::ResolveHive(&hive, &hive_error)) {
-    std::cerr << "ketra-reg: " << error << '\n';
+    std::cerr << "ketra-reg: " << hive_error << '\n';
     return 2;
   }
   // A hive named in a directory that is not there is a mistake, not an empty hive.

@@ -60,7 +60,7 @@ int main(int argc, char** argv) try {
   }
   std::string hive_error;
   if (!ketra::machine::ResolveHive(&hive, &hive_error)) {
-    std::cerr << "ketra-session: " << error << '\n';
+    std::cerr << "ketra-session: " << hive_error << '\n';
     return 2;
   }
 
