@@ -30,6 +30,8 @@ VirtualPort::VirtualPort(Poller& poller, std::string name, std::unique_ptr<PortI
                                    : FlowControl::Hardware();
     socket_watch_ =
         poller_.Add(io_->socket_fd(), kReadable, [this](std::uint32_t e) { OnSocketEvents(e); });
+    // The daemon before may have stopped the terminal; an XON it does not need does no harm.
+    if (flow_.software()) SendFlowCharacter(flow_.xon());
   }
   held_ = io_->Held();
   if (held_) Watch();

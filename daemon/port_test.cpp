@@ -304,6 +304,7 @@ TEST_F(RelayTest, AResumedPortRelaysWithItsSettings) {
   port_ = std::make_unique<VirtualPort>(poller_, "COM7", std::move(io), PortOptions{},
                                         PortSettings{kTerminal, 3000, true, kXon, kXoff});
   EXPECT_TRUE(port_->connected());
+  EXPECT_EQ(Sent(), (std::vector<Bytes>{{kXon}})) << "a terminal stopped before the restart";
   FromTerminal({'a', kXoff});
   poller_.Fire(kSocket, kReadable);
   EXPECT_EQ(io_->to_program, Text("a"));

@@ -21,6 +21,7 @@
 
 #include "platform/runtime/codepage.h"
 #include "platform/runtime/conversion_error.h"
+#include "window/accessibility.h"
 #include "window/frame_box.h"
 #include "window/key_kinds.h"
 #include "window/option_button.h"
@@ -40,6 +41,33 @@ constexpr int kTabsPerRow = 4;
 
 QString ToQt(std::string_view ansi) { return QString::fromStdString(runtime::AnsiToUtf8(ansi)); }
 std::string ToAnsi(const QString& text) { return runtime::Utf8ToAnsi(text.toStdString()); }
+
+// The engine's key for a press of Up, Down, Left, Right, Space, Home or End without Shift,
+// Control, Alt or Meta (with Shift, a text box's own selection keys).
+std::optional<forms::Key> EngineKey(const QKeyEvent* press) {
+  if (press->modifiers() &
+      (Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) {
+    return std::nullopt;
+  }
+  switch (press->key()) {
+    case Qt::Key_Up:
+      return forms::Key::kUp;
+    case Qt::Key_Down:
+      return forms::Key::kDown;
+    case Qt::Key_Left:
+      return forms::Key::kLeft;
+    case Qt::Key_Right:
+      return forms::Key::kRight;
+    case Qt::Key_Space:
+      return forms::Key::kSpace;
+    case Qt::Key_Home:
+      return forms::Key::kHome;
+    case Qt::Key_End:
+      return forms::Key::kEnd;
+    default:
+      return std::nullopt;
+  }
+}
 
 bool IsMouseInput(QEvent::Type type) {
   return type == QEvent::MouseButtonPress || type == QEvent::MouseButtonRelease ||
@@ -77,6 +105,7 @@ FormView::FormView(forms::Form& form, const PictureSet& pictures, double dpi, QW
   small.setPointSizeF(7.5);
   setFont(small);
   setFocusPolicy(Qt::NoFocus);
+  InstallAccessibility();
   Build();
   form_.SetObserver([this](ControlId id) {
     Apply(id);
@@ -119,14 +148,58 @@ void FormView::Build() {
     entries_[static_cast<size_t>(id)].widget = created;
     created->setObjectName(QString::fromStdString(control.name));
     created->setGeometry(GeometryOf(control));
+    if (!control.tip.empty()) created->setToolTip(ToQt(control.tip));
     created->installEventFilter(this);
     for (QWidget* inner : created->findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
       inner->installEventFilter(this);
     }
   }
+  NameForAssistiveTools();
   // Page frames stand over the tab control's panel.
   for (ControlId id = 1; id < form_.size(); ++id) {
     if (form_.at(id).tab_page >= 0 && widget(id)) widget(id)->raise();
+  }
+}
+
+QString FormView::LabelCaption(const Control& control) const {
+  if (control.named_by == forms::kNoControl) return {};
+  return ToQt(form_.at(control.named_by).caption).remove('&');
+}
+
+void FormView::NameForAssistiveTools() {
+  for (ControlId id = 1; id < form_.size(); ++id) {
+    const Control& control = form_.at(id);
+    QWidget* shown = widget(id);
+    if (!shown || control.named_by == forms::kNoControl) continue;
+    const QString caption = LabelCaption(control);
+    switch (control.kind) {
+      case Kind::kTextBox: {
+        // Boxes that share a label are the parts of one value, in the order of the layout.
+        int part = 0;
+        int parts = 0;
+        for (ControlId other = 1; other < form_.size(); ++other) {
+          const Control& box = form_.at(other);
+          if (box.kind != Kind::kTextBox || box.named_by != control.named_by) continue;
+          ++parts;
+          if (other == id) part = parts;
+        }
+        shown->setAccessibleName(parts > 1 ? tr("%1 part %2").arg(caption).arg(part) : caption);
+        break;
+      }
+      case Kind::kUpDown: {
+        auto* updown = static_cast<UpDownBox*>(shown);
+        updown->setAccessibleName(tr("Step %1").arg(caption));
+        updown->setAccessibleDescription(tr("Steps %1 up or down").arg(caption));
+        updown->up->setAccessibleName(tr("%1 up").arg(caption));
+        updown->down->setAccessibleName(tr("%1 down").arg(caption));
+        break;
+      }
+      case Kind::kImage:
+        break;  // the picture is part of the name: see Apply
+      default:
+        shown->setAccessibleName(caption);
+        break;
+    }
   }
 }
 
@@ -310,6 +383,11 @@ void FormView::Apply(ControlId id) {
         // An image takes the size of its picture, whatever the screen's DPI.
         if (!pixmap.isNull()) image->resize(pixmap.size().expandedTo(GeometryOf(control).size()));
         entry.shown_picture = control.picture;
+        // A lamp says its heading and its colour: "VSP1: green".
+        if (control.named_by != forms::kNoControl) {
+          image->setAccessibleName(QStringLiteral("%1: %2").arg(
+              LabelCaption(control), QString::fromUtf8(forms::PictureName(control.picture))));
+        }
       }
       break;
     }
@@ -342,13 +420,15 @@ void FormView::Apply(ControlId id) {
   applying_ = outer;
 }
 
-void FormView::ApplyTextBox(ControlId, const Control& control, QWidget* widget) {
+void FormView::ApplyTextBox(ControlId id, const Control& control, QWidget* widget) {
   auto* edit = static_cast<QLineEdit*>(widget);
   const QString text = ToQt(control.text);
   if (edit->text() != text) edit->setText(text);
   const int size = static_cast<int>(text.size());
   const int start = std::clamp(control.sel_start, 0, size);
-  const int length = std::clamp(control.sel_length, 0, size - start);
+  // A box without the focus hides its selection, as the platform's edit boxes do; the engine
+  // keeps it, and the box shows it again when the focus comes back.
+  const int length = form_.focus() == id ? std::clamp(control.sel_length, 0, size - start) : 0;
   if (length == 0) {
     if (edit->hasSelectedText()) edit->deselect();
     if (edit->cursorPosition() != start) edit->setCursorPosition(start);
@@ -369,11 +449,18 @@ void FormView::ApplyFocus() {
     }
   }
   shown_focus_ = focus;
-  if (focusWidget() == target && (target != this || hasFocus())) return;
-  const bool outer = applying_;
-  applying_ = true;
-  target->setFocus(Qt::OtherFocusReason);
-  applying_ = outer;
+  if (focusWidget() != target || (target == this && !hasFocus())) {
+    const bool outer = applying_;
+    applying_ = true;
+    target->setFocus(Qt::OtherFocusReason);
+    applying_ = outer;
+  }
+  // The style draws its focus indicator only once the keyboard has moved the focus; here it is
+  // drawn whenever a control has the focus, however it came there.
+  if (!window()->testAttribute(Qt::WA_KeyboardFocusChange)) {
+    window()->setAttribute(Qt::WA_KeyboardFocusChange);
+    if (QWidget* focused = focusWidget()) focused->update();
+  }
 }
 
 // --- Widgets to engine. ---
@@ -507,15 +594,22 @@ bool FormView::eventFilter(QObject* watched, QEvent* event) {
     switch (press->key()) {
       case Qt::Key_Tab:
         if (!(press->modifiers() & (Qt::ControlModifier | Qt::AltModifier))) {
-          if (!(press->modifiers() & Qt::ShiftModifier)) Perform([this] { form_.Tab(); });
-          return true;
+          if (press->modifiers() & Qt::ShiftModifier) {
+            Perform([this] { form_.BackTab(); });
+          } else {
+            Perform([this] { form_.Tab(); });
+          }
         }
         return true;
       case Qt::Key_Backtab:
+        if (!(press->modifiers() & (Qt::ControlModifier | Qt::AltModifier))) {
+          Perform([this] { form_.BackTab(); });
+        }
+        return true;
       case Qt::Key_Return:
       case Qt::Key_Enter:
       case Qt::Key_Escape:
-        return true;  // no default or cancel button; no backward tab order
+        return true;  // no default or cancel button
       default:
         break;
     }
@@ -531,25 +625,17 @@ bool FormView::eventFilter(QObject* watched, QEvent* event) {
   }
   if (key) {
     auto* press = static_cast<QKeyEvent*>(event);
+    // The keys the engine knows go to it on every kind; a text box's Space is typed text.
+    if (const std::optional<forms::Key> engine_key = EngineKey(press);
+        engine_key && !(kind == Kind::kTextBox && *engine_key == forms::Key::kSpace)) {
+      Perform([this, id, engine_key] { form_.Press(id, *engine_key); });
+      return true;
+    }
     switch (kind) {
       case Kind::kTextBox:
         return TextBoxKey(id, press);
-      case Kind::kButton:
-      case Kind::kOption:
-        return press->key() != Qt::Key_Space && press->key() != Qt::Key_Select;
       case Kind::kComboBox:
-        return false;  // the box steps and opens its list; each step is a choice
-      case Kind::kTab: {
-        // The arrow keys show the page beside the one shown.
-        const int step = press->key() == Qt::Key_Left ? -1 : press->key() == Qt::Key_Right ? 1 : 0;
-        const int page = form_.page() + step;
-        if (step != 0 && page >= 0 && page < tab_strip_->count()) ShowPageAsUser(page);
-        return true;
-      }
-      case Kind::kUpDown:
-        if (press->key() == Qt::Key_Up) Perform([this, id] { form_.UpClick(id); });
-        if (press->key() == Qt::Key_Down) Perform([this, id] { form_.DownClick(id); });
-        return true;
+        return false;  // the box opens its list (Alt+Down, F4); a choice in it is a Choose
       default:
         return true;
     }
@@ -580,7 +666,13 @@ bool FormView::focusNextPrevChild(bool next) {
   // Qt moves the focus on its own when it hides or disables the focused widget; the engine
   // holds the focus, so that move is not made. Tab on the window itself is the user's Tab.
   if (applying_ || ended_ || depth_ > 0) return true;
-  if (next) Perform([this] { form_.Tab(); });
+  Perform([this, next] {
+    if (next) {
+      form_.Tab();
+    } else {
+      form_.BackTab();
+    }
+  });
   return true;
 }
 

@@ -78,6 +78,9 @@ class FormView : public QWidget {
   void Build();
   QWidget* Create(forms::ControlId id, QWidget* parent);
   QWidget* ParentFor(const forms::Control& control) const;
+  // Names each control for assistive tools by the caption of its label in the layout.
+  void NameForAssistiveTools();
+  QString LabelCaption(const forms::Control& control) const;  // without its access-key mark
 
   // Runs one user operation: catches the end of the program and failures, then shows the
   // engine's state again over whatever Qt changed on its own, and runs ticks that came while a

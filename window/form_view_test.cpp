@@ -4,6 +4,7 @@
 // program state. Besides, the window is checked to show the engine's state after every step,
 // and to stand as the layout table says.
 #include <QAbstractItemView>
+#include <QAccessible>
 #include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
@@ -128,7 +129,10 @@ Step ParseStep(const std::string& line) {
   std::istringstream words(line);
   Step step;
   words >> step.command;
-  if (step.command == "tab" || step.command == "tick" || step.command == "close") return step;
+  if (step.command == "tab" || step.command == "backtab" || step.command == "tick" ||
+      step.command == "close") {
+    return step;
+  }
   words >> step.name;
   if (step.command == "key") return step;
   std::string rest;
@@ -241,6 +245,8 @@ class UserAtWindow {
       Key(Qt::Key_Backspace, QString());
     } else if (step.command == "tab") {
       Key(Qt::Key_Tab, QString());
+    } else if (step.command == "backtab") {
+      Key(Qt::Key_Backtab, QString(), Qt::ShiftModifier);
     } else if (step.command == "choose") {
       Choose(step.name, text);
     } else if (step.command == "page") {
@@ -283,9 +289,9 @@ class UserAtWindow {
 
   static Qt::Key NamedKey(const std::string& name) {
     const std::pair<const char*, Qt::Key> keys[] = {
-        {"Down", Qt::Key_Down},     {"Up", Qt::Key_Up},          {"Left", Qt::Key_Left},
-        {"Right", Qt::Key_Right},   {"Space", Qt::Key_Space},    {"Return", Qt::Key_Return},
-        {"Escape", Qt::Key_Escape}, {"Backtab", Qt::Key_Backtab}};
+        {"Down", Qt::Key_Down},     {"Up", Qt::Key_Up},       {"Left", Qt::Key_Left},
+        {"Right", Qt::Key_Right},   {"Space", Qt::Key_Space}, {"Return", Qt::Key_Return},
+        {"Escape", Qt::Key_Escape}, {"Home", Qt::Key_Home},   {"End", Qt::Key_End}};
     for (const auto& [text, key] : keys) {
       if (name == text) return key;
     }
@@ -358,11 +364,13 @@ void ExpectViewShowsEngine(const FormView& view, const forms::Form& form) {
     const QString text = QString::fromStdString(runtime::AnsiToUtf8(control.text));
     switch (control.kind) {
       case forms::Kind::kTextBox: {
+        // Only the box with the focus shows its selection.
         auto* edit = qobject_cast<QLineEdit*>(widget);
         QCOMPARE(edit->text(), text);
         const int start = edit->hasSelectedText() ? edit->selectionStart() : edit->cursorPosition();
         QVERIFY2(start == control.sel_start, what);
-        QVERIFY2(edit->selectionLength() == control.sel_length, what);
+        const int shown = form.focus() == id ? control.sel_length : 0;
+        QVERIFY2(edit->selectionLength() == shown, what);
         break;
       }
       case forms::Kind::kOption:
@@ -470,15 +478,61 @@ class FormViewTest : public QObject {
         << QStringList{
                R"({"row":0,"Enabled":-1,"PortName":"COM3","RemoteIP":"192.168.1.35",)"
                R"("RemotePort":"3003","LocalPort":"3000","FlowControl":"1","XON":233,"XOFF":128})"};
-    QTest::newRow("keys: list arrows, page arrows, space, enter, escape, backward tab")
-        << QStringList{R"(key CMB_PORT Down || choose CMB_PORT "COM4")",
-                       R"(key CMB_PORT Down || choose CMB_PORT "COM5")",
-                       R"(key CMB_PORT Up || choose CMB_PORT "COM4")",
+    // Choose COM4, reach the flow group by Tab, select software flow with Down, type the
+    // codes, reach Apply and press it with Space: the keyboard alone.
+    QTest::newRow("keyboard only: software flow for COM4")
+        << QStringList{"backtab",
+                       "backtab",
+                       "backtab",
+                       "backtab",
+                       "key CMB_PORT Down",
+                       "tab",
+                       "tab",
+                       "tab",
+                       "tab",
+                       "tab",
+                       "tab",
+                       "tab",
+                       "tab",
+                       "tab",
+                       "tab",
+                       "key OPT_HWF Down",
+                       "tab",
+                       R"(type TXT_XON "&H11")",
+                       "tab",
+                       R"(type TXT_XOFF "&H13")",
+                       "tab",
+                       "tab",
+                       "tab",
+                       "tab",
+                       "tab",
+                       "tab",
+                       "tab",
+                       "tab",
+                       "tab",
+                       "tab",
+                       "key CMD_APPLY Space"}
+        << QStringList{}
+        << QStringList{
+               R"({"row":1,"Enabled":-1,"PortName":"COM4","RemoteIP":"192.168.1.35",)"
+               R"("RemotePort":"3004","LocalPort":"3001","FlowControl":"1","XON":17,"XOFF":19})"};
+    QTest::newRow("shift+tab through the whole order and back")
+        << QStringList{"backtab", "backtab", "backtab", "backtab", "backtab", "backtab",
+                       "backtab", "backtab", "backtab", "backtab", "backtab", "backtab",
+                       "tab",     "tab",     "tab",     "tab",     "tab",     "tab",
+                       "tab",     "tab",     "tab",     "tab",     "tab",     "tab"}
+        << QStringList{} << QStringList{};
+    QTest::newRow("keys: list arrows, page arrows, space, enter, escape, home, end")
+        << QStringList{"key CMB_PORT Down",
+                       "key CMB_PORT Down",
+                       "key CMB_PORT Up",
                        "key CMB_PORT Return || focus CMB_PORT",
                        "key CMB_PORT Escape || focus CMB_PORT",
-                       "key CMB_PORT Backtab || focus CMB_PORT",
-                       "click OPT_DSB",
-                       "key OPT_ENB Space || click OPT_ENB",
+                       "key OPT_DSB Space",
+                       "key OPT_DSB Left",
+                       "key TXT_LOCPORT End",
+                       "key TXT_LOCPORT Left",
+                       "key TXT_LOCPORT Space",
                        "tab",
                        "tab",
                        "tab",
@@ -491,8 +545,12 @@ class FormViewTest : public QObject {
                        "tab",
                        "tab",
                        "tab",
-                       "key SSTab1 Right || page 1",
-                       "key SSTab1 Left || page 0"}
+                       "key SSTab1 Right",
+                       "tab",
+                       "tab",
+                       "tab",
+                       "key UpDown1 Up",
+                       "key SSTab1 Home"}
         << QStringList{}
         << QStringList{
                R"({"control":"CMB_PORT","kind":"combobox","text":"COM4",)"
@@ -549,6 +607,112 @@ class FormViewTest : public QObject {
       }
       QCOMPARE(shown_dumps.size(), expected.dumps.size());
     }
+  }
+
+  // What a screen reader hears: each control's role and name through Qt's accessibility
+  // interfaces, the tab strip's pages, the lamps' colours, and the help over the boxes.
+  void assistiveToolsReadNamesAndRoles() {
+    WindowRun run;
+    UserAtWindow user(run);
+    const auto read = [&](const char* name) {
+      return QAccessible::queryAccessibleInterface(run.view->widget(name));
+    };
+    struct Expected {
+      const char* control;
+      QAccessible::Role role;
+      QString name;
+    };
+    const Expected expected[] = {
+        {"TXT_LOCPORT", QAccessible::EditableText, "Local UDP Port"},
+        {"TXT_XON", QAccessible::EditableText, "XON"},
+        {"TXT_XOFF", QAccessible::EditableText, "XOFF"},
+        {"TXT_UDP", QAccessible::EditableText, "UDP Port On BGAN"},
+        {"TXT_IP1", QAccessible::EditableText, "IP Address Of BGAN part 1"},
+        {"TXT_IP4", QAccessible::EditableText, "IP Address Of BGAN part 4"},
+        {"Interval_Time", QAccessible::EditableText, "Monitor Interval"},
+        {"CMB_PORT", QAccessible::ComboBox, "VCOM Port"},
+        {"OPT_ENB", QAccessible::RadioButton, "Enable"},
+        {"OPT_SWF", QAccessible::RadioButton, "Software Flow Control"},
+        {"CMD_APPLY", QAccessible::Button, "Apply"},
+        {"VSP1Picture", QAccessible::Graphic, "VSP1: green"},
+        {"VSP3Picture", QAccessible::Graphic, "VSP3: red"},
+        {"Notinstalled", QAccessible::Graphic, "Not Installed: grey"},
+        {"UpDown1", QAccessible::Client, "Step Monitor Interval"},
+    };
+    for (const Expected& e : expected) {
+      QAccessibleInterface* face = read(e.control);
+      QVERIFY2(face, e.control);
+      QCOMPARE(face->role(), e.role);
+      QCOMPARE(face->text(QAccessible::Name), e.name);
+    }
+    QVERIFY(read("OPT_ENB")->state().checked);
+    QVERIFY(!read("OPT_DSB")->state().checked);
+
+    QAccessibleInterface* strip = QAccessible::queryAccessibleInterface(run.view->tab_strip());
+    QCOMPARE(strip->role(), QAccessible::PageTabList);
+    QCOMPARE(strip->childCount(), 2);
+    QCOMPARE(strip->child(0)->role(), QAccessible::PageTab);
+    QCOMPARE(strip->child(0)->text(QAccessible::Name), QStringLiteral("Config"));
+    QCOMPARE(strip->child(1)->text(QAccessible::Name), QStringLiteral("Status"));
+    QVERIFY(strip->child(0)->state().selected);
+    QCOMPARE(strip->indexOfChild(strip->child(1)), 1);
+    // A tab's press action shows its page, as a click does; so does a lamp's new colour.
+    strip->child(1)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    QCOMPARE(run.program->form().page(), 1);
+    QVERIFY(strip->child(1)->state().selected && strip->child(1)->state().focused);
+    run.program->form().SetPicture(run.program->form().Id("VSP1Picture"), forms::Picture::kRed);
+    QCOMPARE(read("VSP1Picture")->text(QAccessible::Name), QStringLiteral("VSP1: red"));
+    user.Do("page 0");
+    read("OPT_DSB")->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    QVERIFY(run.program->form().at("OPT_DSB").value);
+
+    // Help over the boxes whose rules the form does not show; it changes nothing.
+    QVERIFY(run.view->widget("TXT_XON")->toolTip().contains(QStringLiteral("&H11")));
+    QVERIFY(run.view->widget("TXT_XOFF")->toolTip().contains(QStringLiteral("&H")));
+    for (const char* box : {"TXT_LOCPORT", "TXT_UDP", "TXT_IP1", "TXT_IP2", "TXT_IP3", "TXT_IP4"}) {
+      QVERIFY2(run.view->widget(box)->toolTip().contains(QStringLiteral(" to ")), box);
+    }
+  }
+
+  // Every stop in the tab order looks different with the focus than without it (the style's
+  // focus indicator), and a text box shows its selection only while it has the focus.
+  void theFocusIsSeenAndSelectionsHideWithoutIt() {
+    WindowRun run;
+    QVERIFY(QTest::qWaitForWindowActive(run.view.get()));  // only an active window has a focus
+    UserAtWindow user(run);
+    const forms::Form& form = run.program->form();
+    const auto look = [&](forms::ControlId id) {
+      QWidget* shown =
+          form.at(id).kind == forms::Kind::kTab ? run.view->tab_strip() : run.view->widget(id);
+      return shown->grab().toImage();
+    };
+    for (const int page : {0, 1}) {
+      user.Do("page " + std::to_string(page));
+      std::vector<forms::ControlId> stops;
+      for (user.Do("tab"); stops.empty() || form.focus() != stops.front(); user.Do("tab")) {
+        stops.push_back(form.focus());
+      }
+      QVERIFY(stops.size() >= 3);
+      for (const forms::ControlId id : stops) {
+        const QByteArray what = QByteArray::fromStdString(form.at(id).name);
+        // The engine's own focus move: a click would press the buttons.
+        run.program->form().Focus(id);
+        const QImage focused = look(id);
+        run.program->form().Focus(stops.front() == id ? stops.back() : stops.front());
+        QVERIFY2(look(id) != focused, what);
+      }
+    }
+    user.Do("page 0");
+    user.Do("focus TXT_LOCPORT");  // its GotFocus selects the whole text
+    auto* edit = qobject_cast<QLineEdit*>(run.view->widget("TXT_LOCPORT"));
+    QVERIFY(edit->hasSelectedText());
+    const QImage selected = edit->grab().toImage();
+    user.Do("backtab");
+    QCOMPARE(form.at("TXT_LOCPORT").sel_length, 4);  // the engine keeps it
+    QVERIFY(!edit->hasSelectedText());
+    user.Do("tab");
+    QCOMPARE(edit->selectedText(), QStringLiteral("3000"));
+    QCOMPARE(edit->grab().toImage(), selected);
   }
 
   void standsAsLaidOut() {

@@ -1,8 +1,9 @@
 // ketra: the control panel's window. The program instance runs on the headless form engine with
 // the machine's hive, driver daemon and files; FormView draws it with Qt and passes the user's
 // actions back as the engine's user operations. Everything runs on the GUI thread, the form
-// engine's one thread: the load first, then the window built from the loaded form; only Qt's
-// font database is filled on a second thread meanwhile (FontWarmUp).
+// engine's one thread: the load first, then the window built from the loaded form. Two things
+// overlap with it on a second thread: the hive is read ahead while Qt opens the display
+// (ReadAhead), and Qt's font database fills while the load runs (FontWarmUp).
 //
 //   ketra [--hive PATH] [--socket PATH] [--screenshot-dir DIR] [--exit-after-first-frame]
 //   ketra --help | --version
@@ -16,10 +17,12 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <thread>
 
 #include <CLI/CLI.hpp>
 
 #include "config_appl/model/program.h"
+#include "config_appl/store/read_ahead.h"
 #include "platform/device/vspd_device.h"
 #include "platform/device/vspd_socket_path.h"
 #include "platform/forms/app.h"
@@ -105,6 +108,9 @@ int main(int argc, char** argv) try {
   const std::unique_ptr<ketra::forms::AppServices> services = ketra::forms::MakePosixApp("", hive);
   const std::unique_ptr<ketra::runtime::FileSystem> files = ketra::runtime::MakePosixFileSystem();
 
+  // What the load reads from the hive is read while Qt opens the display; the registry is the
+  // thread's alone until it is joined, before the load.
+  std::jthread read_ahead([&registry] { ketra::ReadAhead(*registry); });
   QApplication app(argc, argv);
   // The application id: the desktop entry ketra.desktop that names this program and its icon.
   QGuiApplication::setDesktopFileName(QStringLiteral("ketra"));
@@ -114,6 +120,7 @@ int main(int argc, char** argv) try {
   // The font database, which the window's first text measurement needs, fills while the load
   // runs.
   ketra::window::FontWarmUp font_warm_up;
+  read_ahead.join();
   ketra::window::QtMessageBoxes qt_boxes;
   const auto program = std::make_unique<ketra::Program>(
       ketra::Platform{*registry, *device, *services, *files, qt_boxes});

@@ -1,5 +1,6 @@
 // UpDownBox: the up-down control, an up arrow above a down arrow. The arrows never take the
-// focus; the box does, from the engine. Owns its two arrows (child widgets). GUI thread only.
+// focus; the box does, from the engine, and then draws the style's focus frame around them. Owns
+// its two arrows (child widgets). GUI thread only.
 #ifndef KETRA_WINDOW_UP_DOWN_BOX_H_
 #define KETRA_WINDOW_UP_DOWN_BOX_H_
 
@@ -17,6 +18,9 @@ class UpDownBox : public QWidget {
 
  protected:
   void resizeEvent(QResizeEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
+  void focusInEvent(QFocusEvent*) override { update(); }
+  void focusOutEvent(QFocusEvent*) override { update(); }
 };
 }  // namespace ketra::window
 

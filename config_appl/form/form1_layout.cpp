@@ -15,6 +15,12 @@ using forms::Picture;
 
 constexpr std::string_view kTabCaptions[] = {"Config", "Status  "};
 
+// Help shown over the boxes: what each takes. The length limits leave a port four digits.
+constexpr std::string_view kPortTip = "A UDP port number, 1 to 9999";
+constexpr std::string_view kAddressTip = "One number of the address, 0 to 255";
+constexpr std::string_view kFlowCharacterTip =
+    "One character, or &H and its code in hexadecimal, such as &H11";
+
 // Every image is the size of its picture: 19 by 22 pixels at 12 twips a pixel.
 constexpr int kImageWidth = 228;
 constexpr int kImageHeight = 264;
@@ -66,7 +72,10 @@ constexpr forms::ControlSpec kForm1[] = {
         .Tab(26)
         .Caption("VCOM Port"),
     // A drop-down list: no entries at design, no text of its own.
-    LayoutRow("CMB_PORT", Kind::kComboBox, "Frame3").At(1560, 480, 2055, 315).Tab(28),
+    LayoutRow("CMB_PORT", Kind::kComboBox, "Frame3")
+        .At(1560, 480, 2055, 315)
+        .Tab(28)
+        .NamedBy("Label1"),
     LayoutRow("Label2", Kind::kLabel, "Frame3")
         .At(240, 960, 1215, 375)
         .Tab(27)
@@ -75,7 +84,9 @@ constexpr forms::ControlSpec kForm1[] = {
         .At(1560, 960, 975, 285)
         .Tab(25)
         .Caption("3000")
-        .Limit(4),
+        .Limit(4)
+        .NamedBy("Label2")
+        .Tip(kPortTip),
     LayoutRow("OPT_ENB", Kind::kOption, "Frame3")
         .At(240, 1440, 1215, 375)
         .Tab(23)
@@ -106,7 +117,9 @@ constexpr forms::ControlSpec kForm1[] = {
         .Tab(18)
         .Caption("a")
         .Limit(4)
-        .Disabled(),
+        .Disabled()
+        .NamedBy("LBL_XON")
+        .Tip(kFlowCharacterTip),
     LayoutRow("LBL_XOFF", Kind::kLabel, "FRM_FLWCNTRL")
         .At(1320, 1560, 615, 255)
         .Tab(21)
@@ -117,7 +130,9 @@ constexpr forms::ControlSpec kForm1[] = {
         .Tab(19)
         .Caption("b")
         .Limit(4)
-        .Disabled(),
+        .Disabled()
+        .NamedBy("LBL_XOFF")
+        .Tip(kFlowCharacterTip),
 
     // In FRM_REMOTE.
     LayoutRow("LBL_UDP", Kind::kLabel, "FRM_REMOTE")
@@ -128,7 +143,9 @@ constexpr forms::ControlSpec kForm1[] = {
         .At(1800, 600, 1095, 285)
         .Tab(9)
         .Caption("3003")
-        .Limit(4),
+        .Limit(4)
+        .NamedBy("LBL_UDP")
+        .Tip(kPortTip),
     LayoutRow("LBL_IP", Kind::kLabel, "FRM_REMOTE")
         .At(120, 1080, 1575, 255)
         .Tab(13)
@@ -137,21 +154,29 @@ constexpr forms::ControlSpec kForm1[] = {
         .At(1800, 1080, 495, 285)
         .Tab(11)
         .Caption("192")
-        .Limit(3),
+        .Limit(3)
+        .NamedBy("LBL_IP")
+        .Tip(kAddressTip),
     LayoutRow("TXT_IP2", Kind::kTextBox, "FRM_REMOTE")
         .At(2400, 1080, 495, 285)
         .Tab(29)
         .Caption("168")
-        .Limit(3),
+        .Limit(3)
+        .NamedBy("LBL_IP")
+        .Tip(kAddressTip),
     // The last two address numbers have no length limit at all.
     LayoutRow("TXT_IP3", Kind::kTextBox, "FRM_REMOTE")
         .At(3000, 1080, 495, 285)
         .Tab(30)
-        .Caption("1"),
+        .Caption("1")
+        .NamedBy("LBL_IP")
+        .Tip(kAddressTip),
     LayoutRow("TXT_IP4", Kind::kTextBox, "FRM_REMOTE")
         .At(3600, 1080, 495, 285)
         .Tab(31)
-        .Caption("35"),
+        .Caption("35")
+        .NamedBy("LBL_IP")
+        .Tip(kAddressTip),
     LayoutRow("TXT_IP", Kind::kTextBox, "FRM_REMOTE").At(1800, 240, 1695, 285).Tab(10).Hidden(),
     // Lies to the right of the frame's width, so it is never seen.
     LayoutRow("Label3", Kind::kLabel, "FRM_REMOTE").At(4680, 960, 135, 135).Tab(14).Caption("."),
@@ -166,8 +191,12 @@ constexpr forms::ControlSpec kForm1[] = {
         .At(1560, 360, 975, 405)
         .Tab(33)
         .Caption("0")
-        .Limit(4),
-    LayoutRow("UpDown1", Kind::kUpDown, "Frame1").At(2520, 360, 255, 375).Tab(44),
+        .Limit(4)
+        .NamedBy("Monitor"),
+    LayoutRow("UpDown1", Kind::kUpDown, "Frame1")
+        .At(2520, 360, 255, 375)
+        .Tab(44)
+        .NamedBy("Monitor"),
     LayoutRow("Command3", Kind::kButton, "Frame1")
         .At(3240, 360, 1695, 375)
         .Tab(34)
@@ -200,25 +229,32 @@ constexpr forms::ControlSpec kForm1[] = {
     // The lamps and the legend.
     LayoutRow("VSP1Picture", Kind::kImage, "Frame4")
         .At(480, 1200, kImageWidth, kImageHeight)
-        .Shows(Picture::kGreen),
+        .Shows(Picture::kGreen)
+        .NamedBy("Label4"),
     LayoutRow("VSP2Picture", Kind::kImage, "Frame4")
         .At(1440, 1200, kImageWidth, kImageHeight)
-        .Shows(Picture::kGrey),
+        .Shows(Picture::kGrey)
+        .NamedBy("Label5"),
     LayoutRow("VSP3Picture", Kind::kImage, "Frame4")
         .At(2400, 1200, kImageWidth, kImageHeight)
-        .Shows(Picture::kRed),
+        .Shows(Picture::kRed)
+        .NamedBy("Label6"),
     LayoutRow("VSP4Picture", Kind::kImage, "Frame4")
         .At(3480, 1200, kImageWidth, kImageHeight)
-        .Shows(Picture::kRed),
+        .Shows(Picture::kRed)
+        .NamedBy("Label7"),
     LayoutRow("Connected", Kind::kImage, "Frame1")
         .At(360, 5040, kImageWidth, kImageHeight)
-        .Shows(Picture::kGreen),
+        .Shows(Picture::kGreen)
+        .NamedBy("Label9"),
     LayoutRow("Disconnected", Kind::kImage, "Frame1")
         .At(360, 5640, kImageWidth, kImageHeight)
-        .Shows(Picture::kRed),
+        .Shows(Picture::kRed)
+        .NamedBy("Label10"),
     LayoutRow("Notinstalled", Kind::kImage, "Frame1")
         .At(360, 6240, kImageWidth, kImageHeight)
-        .Shows(Picture::kGrey),
+        .Shows(Picture::kGrey)
+        .NamedBy("Label11"),
 
     // Once a minute, from the start, whichever page is shown; no appearance at run time.
     LayoutRow("Timer1", Kind::kTimer, "Frame1").Every(60000),

@@ -68,6 +68,10 @@ struct ControlSpec {
   int interval = 0;                             // timers, in milliseconds
   bool centred = false;                         // labels whose text is centred
   std::span<const std::string_view> tabs = {};  // tab controls: the captions of the pages
+  // The label whose caption names this control to assistive tools (a text box, the combo box,
+  // an image, the up-down control); "" for none.
+  std::string_view named_by;
+  std::string_view tip;  // a help text the window shows when the pointer rests on the control
 };
 
 // What the engine holds for one control at run time.
@@ -96,6 +100,8 @@ struct Control {
   bool centred = false;
   std::vector<std::string> tabs;  // tab control: page captions
   int tab_shown = 0;              // tab control: the page shown
+  int named_by = -1;              // the label that names the control; -1 for none
+  std::string tip;
 };
 
 }  // namespace ketra::forms

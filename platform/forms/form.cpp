@@ -71,6 +71,14 @@ Form::Form(std::span<const ControlSpec> layout, MessageBoxService& boxes) : boxe
     control.interval = spec.interval;
     control.centred = spec.centred;
     control.tabs.assign(spec.tabs.begin(), spec.tabs.end());
+    control.tip = spec.tip;
+    if (!spec.named_by.empty()) {
+      control.named_by = Find(spec.named_by);
+      if (control.named_by == kNoControl) {
+        throw std::invalid_argument("label " + std::string(spec.named_by) + " naming " +
+                                    std::string(spec.name) + " is not laid out before it");
+      }
+    }
     const auto [where, fresh] =
         by_upper_name_.emplace(Upper(spec.name), static_cast<ControlId>(controls_.size()));
     if (!fresh) throw std::invalid_argument("two controls are named " + std::string(spec.name));
@@ -444,17 +452,180 @@ Refusal Form::Backspace(ControlId id) {
   return Refusal::kNone;
 }
 
-void Form::Tab() {
+ControlId Form::NextStop(int step) const {
   const std::vector<ControlId> stops = TabStops();
-  if (stops.empty()) return;
-  ControlId next = stops.front();
-  if (focus_ != kNoControl) {
-    const int current = at(focus_).tab_index;
+  if (stops.empty()) return kNoControl;
+  if (focus_ == kNoControl) return step > 0 ? stops.front() : stops.back();
+  // The focus may stand on a control that is no stop (a hidden box, an option that is not its
+  // group's stop): the step goes from its place in the order.
+  const int current = at(focus_).tab_index;
+  if (step > 0) {
     const auto later = std::find_if(stops.begin(), stops.end(),
                                     [&](ControlId id) { return at(id).tab_index > current; });
-    if (later != stops.end()) next = *later;
+    return later != stops.end() ? *later : stops.front();
   }
-  MoveFocus(next);
+  const auto earlier = std::find_if(stops.rbegin(), stops.rend(),
+                                    [&](ControlId id) { return at(id).tab_index < current; });
+  return earlier != stops.rend() ? *earlier : stops.back();
+}
+
+void Form::Tab() {
+  const ControlId next = NextStop(+1);
+  if (next != kNoControl) MoveFocus(next);
+}
+
+void Form::BackTab() {
+  const ControlId previous = NextStop(-1);
+  if (previous != kNoControl) MoveFocus(previous);
+}
+
+namespace {
+
+// -1 for the keys that go back, +1 for those that go on, 0 for the others.
+int StepOf(Key key) {
+  switch (key) {
+    case Key::kUp:
+    case Key::kLeft:
+      return -1;
+    case Key::kDown:
+    case Key::kRight:
+      return 1;
+    default:
+      return 0;
+  }
+}
+
+}  // namespace
+
+Refusal Form::Press(ControlId id, Key key) {
+  const Kind kind = at(id).kind;
+  if (!TakesFocus(kind)) throw std::invalid_argument(at(id).name + " cannot take the focus");
+  if (const Refusal refusal = Reach(id); refusal != Refusal::kNone) return refusal;
+  MoveFocus(id);
+  // A LostFocus or GotFocus handler may have sent the focus elsewhere: the key is then gone.
+  if (focus_ != id || Reach(id) != Refusal::kNone) return Refusal::kNone;
+  switch (kind) {
+    case Kind::kOption:
+      PressOption(id, key);
+      break;
+    case Kind::kComboBox:
+      PressComboBox(id, key);
+      break;
+    case Kind::kTab:
+      PressTab(id, key);
+      break;
+    case Kind::kTextBox:
+      PressTextBox(id, key);
+      break;
+    case Kind::kButton:
+      if (key == Key::kSpace) Raise(id, Notification::kClick);
+      break;
+    case Kind::kUpDown:
+      if (key == Key::kUp) Raise(id, Notification::kUpClick);
+      if (key == Key::kDown) Raise(id, Notification::kDownClick);
+      break;
+    default:
+      break;
+  }
+  return Refusal::kNone;
+}
+
+std::vector<ControlId> Form::GroupOf(ControlId option) const {
+  std::vector<ControlId> group;
+  for (ControlId id = 0; id < size(); ++id) {
+    const Control& other = at(id);
+    if (other.kind == Kind::kOption && other.container == at(option).container &&
+        Reach(id) == Refusal::kNone) {
+      group.push_back(id);
+    }
+  }
+  std::stable_sort(group.begin(), group.end(),
+                   [this](ControlId a, ControlId b) { return at(a).tab_index < at(b).tab_index; });
+  return group;
+}
+
+void Form::PressOption(ControlId id, Key key) {
+  ControlId target = id;
+  if (const int step = StepOf(key); step != 0) {
+    const std::vector<ControlId> group = GroupOf(id);
+    const auto at_id = std::find(group.begin(), group.end(), id);
+    const auto count = static_cast<std::ptrdiff_t>(group.size());
+    const std::ptrdiff_t next = ((at_id - group.begin()) + step + count) % count;
+    target = group[static_cast<size_t>(next)];
+    MoveFocus(target);
+    if (focus_ != target) return;
+  } else if (key != Key::kSpace) {
+    return;
+  }
+  if (!at(target).value) SetValue(target, true);
+}
+
+void Form::PressComboBox(ControlId id, Key key) {
+  const Control& box = at(id);
+  const int last = static_cast<int>(box.items.size()) - 1;
+  if (last < 0) return;
+  int index = box.list_index;
+  switch (key) {
+    case Key::kHome:
+      index = 0;
+      break;
+    case Key::kEnd:
+      index = last;
+      break;
+    case Key::kSpace:
+      return;
+    default:
+      index = box.list_index < 0 ? 0 : std::clamp(box.list_index + StepOf(key), 0, last);
+      if (index == box.list_index) return;
+      break;
+  }
+  SelectEntry(id, index);
+}
+
+void Form::PressTab(ControlId id, Key key) {
+  const int last = static_cast<int>(at(id).tabs.size()) - 1;
+  int page = at(id).tab_shown;
+  if (key == Key::kHome) {
+    page = 0;
+  } else if (key == Key::kEnd) {
+    page = last;
+  } else {
+    page = std::clamp(page + StepOf(key), 0, last);
+  }
+  if (page == at(id).tab_shown) return;
+  Mutable(id).tab_shown = page;
+  Changed(id);
+}
+
+void Form::PressTextBox(ControlId id, Key key) {
+  if (key == Key::kSpace) {
+    Type(id, " ");
+    return;
+  }
+  const Control& box = at(id);
+  const Selection selection = SelectionOf(box);
+  const int size = static_cast<int>(box.text.size());
+  const int start = static_cast<int>(selection.start);
+  const int end = static_cast<int>(selection.start + selection.length);
+  int caret = start;
+  switch (key) {
+    case Key::kHome:
+      caret = 0;
+      break;
+    case Key::kEnd:
+      caret = size;
+      break;
+    default: {
+      const int step = StepOf(key);
+      if (selection.length > 0) {
+        caret = step < 0 ? start : end;
+      } else {
+        caret = std::clamp(start + step, 0, size);
+      }
+      break;
+    }
+  }
+  SetSelStart(id, caret);
 }
 
 void Form::ShowPage(int page_number) {

@@ -37,6 +37,9 @@ enum class Refusal { kNone, kHidden, kDisabled, kDisabledContainer, kPageNotShow
 // "", "hidden", "disabled", "disabled container", "page not shown".
 std::string_view RefusalName(Refusal refusal);
 
+// The keys a user presses on the control that has the focus, besides Tab and typing.
+enum class Key { kUp, kDown, kLeft, kRight, kSpace, kHome, kEnd };
+
 class Form {
  public:
   using Handler = std::function<void()>;
@@ -90,7 +93,24 @@ class Form {
   Refusal Type(ControlId id, std::string_view text);     // one Change per keystroke that changes
   Refusal Paste(ControlId id, std::string_view text);    // one Change
   Refusal Backspace(ControlId id);
-  void Tab();                  // focus to the next control in tab order, wrapping
+  void Tab();      // focus to the next control in tab order, wrapping
+  void BackTab();  // focus to the previous control in tab order, wrapping
+  // A key pressed on a control, which takes the focus first as with typing:
+  //  - option button: Up/Left and Down/Right move the focus to the previous or next option of
+  //    its group that is in reach, in tab order and wrapping, and select it (raising Click when
+  //    it was not selected); Space selects the option itself.
+  //  - combo box: Up/Left and Down/Right choose the entry before or after the selected one,
+  //    Home and End the first and the last (with none selected, any of them chooses the first,
+  //    End the last); a choice raises Click, a key at the end of the list does nothing.
+  //  - tab control: Left/Up and Right/Down show the page before or after the one shown, Home and
+  //    End the first and the last.
+  //  - text box: Left/Up and Right/Down move the caret one character (a selection collapses to
+  //    its start or end), Home and End to the start or end of the text; Space types a blank.
+  //  - command button: Space clicks it.
+  //  - up-down control: Up and Down click its arrows.
+  // Any other key on any control does nothing. Throws std::invalid_argument for a kind that
+  // cannot take the focus.
+  Refusal Press(ControlId id, Key key);
   void ShowPage(int page);     // the user shows a page of the tab control
   void Tick(ControlId timer);  // the timer elapses once (if enabled)
   Refusal UpClick(ControlId updown);
@@ -112,6 +132,14 @@ class Form {
   bool OnHiddenPage(const Control& control) const;
   // The controls Tab visits, in rising TabIndex.
   std::vector<ControlId> TabStops() const;
+  // The stop `step` places before (-1) or after (+1) the focus in tab order, wrapping.
+  ControlId NextStop(int step) const;
+  // The options of `option`'s group that are in reach, in tab order.
+  std::vector<ControlId> GroupOf(ControlId option) const;
+  void PressOption(ControlId id, Key key);
+  void PressComboBox(ControlId id, Key key);
+  void PressTab(ControlId id, Key key);
+  void PressTextBox(ControlId id, Key key);
   ControlId TabControl() const;  // the first tab control, or kNoControl
   // Selects an entry of a combo box and raises its Click.
   void SelectEntry(ControlId id, int index);

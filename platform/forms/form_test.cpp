@@ -514,10 +514,14 @@ TEST_F(FormTest, BackspaceDeletesTheSelectionOrTheCharacterBeforeTheCaret) {
   }
 }
 
-std::vector<std::string> WalkTabs(Form& form, int presses) {
+std::vector<std::string> WalkTabs(Form& form, int presses, bool backward = false) {
   std::vector<std::string> names;
   for (int i = 0; i < presses; ++i) {
-    form.Tab();
+    if (backward) {
+      form.BackTab();
+    } else {
+      form.Tab();
+    }
     names.push_back(form.focus() == kNoControl ? "" : form.at(form.focus()).name);
   }
   return names;
@@ -532,8 +536,118 @@ TEST_F(FormTest, TabWalksTheStopsOfTheShownPageInTabIndexOrder) {
   form.SetEnabled(id("GroupA"), false);
   EXPECT_EQ(WalkTabs(form, 5),
             (std::vector<std::string>{"OptB1", "Combo", "Btn", "TxtFree", "Tabs"}));
+  // Backward: the same stops the other way round, wrapping from the first to the last.
+  EXPECT_EQ(WalkTabs(form, 5, true),
+            (std::vector<std::string>{"TxtFree", "Btn", "Combo", "OptB1", "Tabs"}));
   form.ShowPage(1);
   EXPECT_EQ(WalkTabs(form, 3), (std::vector<std::string>{"TxtB", "Up", "Tabs"}));
+  Form fresh(kLayout, boxes);
+  fresh.BackTab();  // with no focus, to the last stop
+  EXPECT_EQ(fresh.at(fresh.focus()).name, "TxtFree");
+}
+
+TEST_F(FormTest, KeysActOnTheControlByItsKind) {
+  struct Case {
+    std::string_view control;
+    Key key;
+    std::string_view focus_after;
+    Trace trace;  // after the focus reached `control`
+  };
+  // Before each case: focus on Btn, OptA1 and OptB2 selected (OptB1 after OptB2 in tab
+  // order), Combo holding COM3 and COM4 with COM3 selected, TxtA "12" with the caret at 1.
+  const Case cases[] = {
+      // Option groups: arrows move to the neighbour in tab order, wrapping, and select it.
+      {"OptA1", Key::kDown, "OptA2", {"OptA1.LostFocus", "OptA2.GotFocus", "OptA2.Click"}},
+      {"OptA1", Key::kRight, "OptA2", {"OptA1.LostFocus", "OptA2.GotFocus", "OptA2.Click"}},
+      {"OptA1", Key::kUp, "OptA2", {"OptA1.LostFocus", "OptA2.GotFocus", "OptA2.Click"}},
+      {"OptB2", Key::kDown, "OptB1", {"OptB2.LostFocus", "OptB1.GotFocus", "OptB1.Click"}},
+      {"OptB1", Key::kLeft, "OptB2", {"OptB1.LostFocus", "OptB2.GotFocus"}},  // selected already
+      {"OptA1", Key::kSpace, "OptA1", {}},
+      {"OptA2", Key::kSpace, "OptA2", {"OptA2.Click"}},
+      {"OptA1", Key::kHome, "OptA1", {}},
+      // The list steps without wrapping; each choice is a Click.
+      {"Combo", Key::kDown, "Combo", {"Combo.Click"}},
+      {"Combo", Key::kUp, "Combo", {}},
+      {"Combo", Key::kEnd, "Combo", {"Combo.Click"}},
+      {"Combo", Key::kSpace, "Combo", {}},
+      // The tab control shows its pages; nothing is raised.
+      {"Tabs", Key::kRight, "Tabs", {}},
+      // Buttons and the up-down control.
+      {"Btn", Key::kSpace, "Btn", {"Btn.Click"}},
+      {"Btn", Key::kDown, "Btn", {}},
+      // A blank typed into a box.
+      {"TxtA", Key::kSpace, "TxtA", {"TxtA.Change(1 2)"}},
+      {"TxtA", Key::kLeft, "TxtA", {}},
+  };
+  for (const Case& c : cases) {
+    NoBoxes quiet;
+    Form fresh(kLayout, quiet);
+    Trace seen;
+    fresh.SetListItem(fresh.Id("Combo"), 0, "COM3");
+    fresh.SetListItem(fresh.Id("Combo"), 1, "COM4");
+    fresh.SetText(fresh.Id("Combo"), "COM3");
+    fresh.SetValue(fresh.Id("OptB2"), true);
+    fresh.Focus(fresh.Id("Btn"));
+    fresh.SetSelStart(fresh.Id("TxtA"), 1);
+    if (c.control != "Btn") fresh.Focus(fresh.Id(c.control));
+    for (ControlId id = 0; id < fresh.size(); ++id) {
+      for (int n = 0; n <= static_cast<int>(Notification::kDownClick); ++n) {
+        const std::string name = fresh.at(id).name;
+        const auto notification = static_cast<Notification>(n);
+        fresh.On(name, notification, [&, name, notification] {
+          std::string entry = name + "." + EventName(notification);
+          if (notification == Notification::kChange) entry += "(" + fresh.at(name).text + ")";
+          seen.push_back(entry);
+        });
+      }
+    }
+    EXPECT_EQ(fresh.Press(fresh.Id(c.control), c.key), Refusal::kNone) << c.control;
+    EXPECT_EQ(fresh.at(fresh.focus()).name, c.focus_after) << c.control;
+    EXPECT_EQ(seen, c.trace) << c.control << " key " << static_cast<int>(c.key);
+  }
+}
+
+TEST_F(FormTest, KeysMoveTheCaretStepTheListAndThePagesWithinTheirEnds) {
+  form.SetListItem(id("Combo"), 0, "COM3");
+  form.SetListItem(id("Combo"), 1, "COM4");
+  form.Press(id("Combo"), Key::kUp);  // none selected: the first entry
+  EXPECT_EQ(form.at("Combo").list_index, 0);
+  form.Press(id("Combo"), Key::kRight);
+  form.Press(id("Combo"), Key::kDown);  // at the end it stays
+  EXPECT_EQ(form.at("Combo").text, "COM4");
+  form.Press(id("Combo"), Key::kHome);
+  EXPECT_EQ(form.at("Combo").list_index, 0);
+
+  const ControlId box = id("TxtA");  // "12"
+  form.Press(box, Key::kEnd);
+  EXPECT_EQ(form.at(box).sel_start, 2);
+  form.Press(box, Key::kRight);
+  EXPECT_EQ(form.at(box).sel_start, 2);
+  form.Press(box, Key::kUp);
+  EXPECT_EQ(form.at(box).sel_start, 1);
+  form.SetSelStart(box, 0);
+  form.SetSelLength(box, 2);
+  form.Press(box, Key::kDown);  // a selection collapses to its end
+  EXPECT_EQ(form.at(box).sel_start, 2);
+  EXPECT_EQ(form.at(box).sel_length, 0);
+  EXPECT_EQ(form.at(box).text, "12");
+
+  form.Press(id("Tabs"), Key::kEnd);
+  EXPECT_EQ(form.page(), 1);
+  form.Press(id("Tabs"), Key::kDown);
+  EXPECT_EQ(form.page(), 1);
+  trace.clear();
+  form.Press(id("Up"), Key::kUp);
+  form.Press(id("Up"), Key::kDown);
+  EXPECT_EQ(trace, (Trace{"Tabs.LostFocus", "Up.GotFocus", "Up.UpClick", "Up.DownClick"}));
+
+  // A disabled option is stepped over; an unreachable control is refused.
+  form.ShowPage(0);
+  form.SetEnabled(id("OptA2"), false);
+  form.Press(id("OptA1"), Key::kDown);
+  EXPECT_EQ(FocusName(), "OptA1");
+  EXPECT_EQ(form.Press(id("OptA2"), Key::kSpace), Refusal::kDisabled);
+  EXPECT_THROW(form.Press(id("Lbl"), Key::kSpace), std::invalid_argument);
 }
 
 TEST_F(FormTest, TabFromAControlThatIsNoStopGoesToTheNextStop) {

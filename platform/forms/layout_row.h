@@ -59,6 +59,11 @@ class LayoutRow {
     return With(&ControlSpec::tabs, captions);
   }
 
+  constexpr LayoutRow NamedBy(std::string_view label) const {
+    return With(&ControlSpec::named_by, label);
+  }
+  constexpr LayoutRow Tip(std::string_view tip) const { return With(&ControlSpec::tip, tip); }
+
   constexpr operator ControlSpec() const { return row_; }  // NOLINT: a row is its spec
 
  private:

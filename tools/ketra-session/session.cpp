@@ -197,14 +197,15 @@ struct Session::Command {
 
 std::span<const Session::Command> Session::Commands() {
   static constexpr Command kCommands[] = {
-      {"start", &Session::DoStart},   {"call", &Session::DoCall},
-      {"click", &Session::DoClick},   {"choose", &Session::DoChoose},
-      {"focus", &Session::DoFocus},   {"type", &Session::DoType},
-      {"paste", &Session::DoPaste},   {"backspace", &Session::DoBackspace},
-      {"set", &Session::DoSet},       {"tab", &Session::DoTab},
-      {"page", &Session::DoPage},     {"tick", &Session::DoTick},
-      {"updown", &Session::DoUpDown}, {"close", &Session::DoClose},
-      {"driver", &Session::DoDriver}, {"dump", &Session::DoDump},
+      {"start", &Session::DoStart},     {"call", &Session::DoCall},
+      {"click", &Session::DoClick},     {"choose", &Session::DoChoose},
+      {"focus", &Session::DoFocus},     {"type", &Session::DoType},
+      {"paste", &Session::DoPaste},     {"backspace", &Session::DoBackspace},
+      {"set", &Session::DoSet},         {"tab", &Session::DoTab},
+      {"backtab", &Session::DoBackTab}, {"key", &Session::DoKey},
+      {"page", &Session::DoPage},       {"tick", &Session::DoTick},
+      {"updown", &Session::DoUpDown},   {"close", &Session::DoClose},
+      {"driver", &Session::DoDriver},   {"dump", &Session::DoDump},
   };
   return kCommands;
 }
@@ -324,11 +325,20 @@ void Session::DoSet(Words& words) {
 
 void Session::DoTab(Words& words) {
   words.End();
+  MoveInTabOrder([this] { program_.form().Tab(); });
+}
+
+void Session::DoBackTab(Words& words) {
+  words.End();
+  MoveInTabOrder([this] { program_.form().BackTab(); });
+}
+
+void Session::MoveInTabOrder(const std::function<void()>& move) {
   forms::Form& form = program_.form();
   const forms::ControlId old = form.focus();
   std::string routine = Handler(old, "LostFocus");
   try {
-    form.Tab();
+    move();
   } catch (const forms::ProgramEnded&) {
     ended_ = true;
   } catch (const std::exception& failure) {
@@ -336,6 +346,51 @@ void Session::DoTab(Words& words) {
     if (routine.empty()) routine = FocusRoutine(form.focus());
     Print(FailureEvent(routine, failure.what()));
   }
+}
+
+void Session::DoKey(Words& words) {
+  static constexpr std::pair<std::string_view, forms::Key> kKeys[] = {
+      {"Up", forms::Key::kUp},       {"Down", forms::Key::kDown},   {"Left", forms::Key::kLeft},
+      {"Right", forms::Key::kRight}, {"Space", forms::Key::kSpace}, {"Home", forms::Key::kHome},
+      {"End", forms::Key::kEnd},
+  };
+  forms::Form& form = program_.form();
+  const forms::ControlId id = ControlOf(words.Required("NAME"));
+  const std::string_view key_name = words.Required("KEY");
+  words.End();
+  const auto* key = std::find_if(std::begin(kKeys), std::end(kKeys),
+                                 [&](const auto& entry) { return entry.first == key_name; });
+  if (key == std::end(kKeys)) {
+    throw BadLine{"unknown key " + std::string(key_name) +
+                  ", not one of Up, Down, Left, Right, Space, Home, End"};
+  }
+  const forms::Control& control = form.at(id);
+  if (!forms::TakesFocus(control.kind)) throw BadLine{control.name + " cannot take the focus"};
+  if (!FocusFirst(id)) return;
+  // What the key raises: an option's or the list's Click, a box's Change, an arrow of the
+  // up-down control. An arrow on an option selects another one, which then has the focus.
+  const auto routine = [&]() -> std::string {
+    const forms::Control& now = form.at(form.focus());
+    switch (control.kind) {
+      case forms::Kind::kTextBox:
+        return control.name + "_Change";
+      case forms::Kind::kUpDown:
+        return control.name + (key->second == forms::Key::kDown ? "_DownClick" : "_UpClick");
+      case forms::Kind::kTab:
+        return FocusRoutine(id);
+      default:
+        return now.name + "_Click";
+    }
+  };
+  forms::Refusal refusal = forms::Refusal::kNone;
+  try {
+    refusal = form.Press(id, key->second);
+  } catch (const forms::ProgramEnded&) {
+    ended_ = true;
+  } catch (const std::exception& failure) {
+    Print(FailureEvent(routine(), failure.what()));
+  }
+  Refused(id, refusal);
 }
 
 void Session::DoPage(Words& words) {

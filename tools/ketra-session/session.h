@@ -78,6 +78,11 @@ class Session : private forms::MessageBoxService {
   void DoBackspace(Words& words);
   void DoSet(Words& words);
   void DoTab(Words& words);
+  void DoBackTab(Words& words);
+  void DoKey(Words& words);
+  // A move of the focus in tab order: a failure is named by the LostFocus handler of the control
+  // that had the focus, else by the GotFocus of the one that took it.
+  void MoveInTabOrder(const std::function<void()>& move);
   void DoPage(Words& words);
   void DoTick(Words& words);
   void DoUpDown(Words& words);

@@ -1,0 +1,203 @@
+// Accessible interfaces for the option buttons and the tab strip.
+#include "window/accessibility.h"
+
+#include <QAbstractItemView>
+#include <QAccessible>
+#include <QAccessibleWidget>
+#include <QComboBox>
+#include <QPointer>
+#include <QRadioButton>
+#include <QWidget>
+#include <QWindow>
+#include <vector>
+
+#include "window/option_button.h"
+#include "window/tab_strip.h"
+
+namespace ketra::window {
+namespace {
+
+// A caption without its access-key mark.
+QString WithoutMark(QString caption) {
+  for (qsizetype at = caption.indexOf('&'); at >= 0; at = caption.indexOf('&', at + 1)) {
+    caption.remove(at, 1);
+  }
+  return caption;
+}
+
+class OptionInterface : public QAccessibleWidget {
+ public:
+  explicit OptionInterface(QRadioButton* button)
+      : QAccessibleWidget(button, QAccessible::RadioButton) {}
+
+  QString text(QAccessible::Text t) const override {
+    if (t == QAccessible::Name && widget()->accessibleName().isEmpty()) {
+      return WithoutMark(button()->text());
+    }
+    return QAccessibleWidget::text(t);
+  }
+  QAccessible::State state() const override {
+    QAccessible::State state = QAccessibleWidget::state();
+    state.checkable = true;
+    state.checked = button()->isChecked();
+    return state;
+  }
+  QStringList actionNames() const override {
+    return QStringList{pressAction()} + QAccessibleWidget::actionNames();
+  }
+  void doAction(const QString& action) override {
+    // The click goes to the engine like a mouse click, through the button's clicked signal.
+    if (action == pressAction()) {
+      button()->click();
+    } else {
+      QAccessibleWidget::doAction(action);
+    }
+  }
+
+ private:
+  QRadioButton* button() const { return static_cast<QRadioButton*>(widget()); }
+};
+
+// The drop-down list: named by its label, its value the entry shown. (Qt names a list by the
+// entry it shows on Linux, where a label's relation is meant to name it.)
+class ListInterface : public QAccessibleWidget {
+ public:
+  explicit ListInterface(QComboBox* box) : QAccessibleWidget(box, QAccessible::ComboBox) {}
+
+  QString text(QAccessible::Text t) const override {
+    if (t == QAccessible::Value) return box()->currentText();
+    if (t == QAccessible::Name && widget()->accessibleName().isEmpty()) {
+      return box()->currentText();
+    }
+    return QAccessibleWidget::text(t);
+  }
+  QAccessible::State state() const override {
+    QAccessible::State state = QAccessibleWidget::state();
+    state.expandable = true;
+    state.expanded = box()->view()->isVisible();
+    return state;
+  }
+  QStringList actionNames() const override {
+    return QStringList{showMenuAction()} + QAccessibleWidget::actionNames();
+  }
+  void doAction(const QString& action) override {
+    if (action == showMenuAction()) {
+      box()->showPopup();  // a choice in the list goes to the engine like any other
+    } else {
+      QAccessibleWidget::doAction(action);
+    }
+  }
+
+ private:
+  QComboBox* box() const { return static_cast<QComboBox*>(widget()); }
+};
+
+// One tab of the strip. It is no widget, so it holds the strip and its own index.
+class PageTabInterface : public QAccessibleInterface, public QAccessibleActionInterface {
+ public:
+  PageTabInterface(TabStrip* strip, int index) : strip_(strip), index_(index) {}
+
+  void* interface_cast(QAccessible::InterfaceType type) override {
+    return type == QAccessible::ActionInterface ? static_cast<QAccessibleActionInterface*>(this)
+                                                : nullptr;
+  }
+  bool isValid() const override { return !strip_.isNull() && index_ < strip_->count(); }
+  QObject* object() const override { return nullptr; }
+  QWindow* window() const override { return parent() ? parent()->window() : nullptr; }
+  QAccessibleInterface* focusChild() const override { return nullptr; }
+  QAccessibleInterface* childAt(int, int) const override { return nullptr; }
+  QAccessibleInterface* parent() const override {
+    return QAccessible::queryAccessibleInterface(strip_.data());
+  }
+  QAccessibleInterface* child(int) const override { return nullptr; }
+  int childCount() const override { return 0; }
+  int indexOfChild(const QAccessibleInterface*) const override { return -1; }
+  // The caption as the strip shows it, without the blanks that pad "Status  ".
+  QString text(QAccessible::Text t) const override {
+    if (!isValid() || t != QAccessible::Name) return {};
+    return WithoutMark(strip_->tabText(index_)).trimmed();
+  }
+  void setText(QAccessible::Text, const QString&) override {}
+  QRect rect() const override {
+    if (!isValid()) return {};
+    const QRect tab = strip_->tabRect(index_);
+    return {strip_->mapToGlobal(tab.topLeft()), tab.size()};
+  }
+  QAccessible::Role role() const override { return QAccessible::PageTab; }
+  QAccessible::State state() const override {
+    QAccessible::State state;
+    if (!isValid()) return state;
+    state.selectable = true;
+    state.focusable = true;
+    const bool shown = strip_->currentIndex() == index_;
+    state.selected = shown;
+    state.focused = shown && strip_->hasFocus();
+    state.invisible = !strip_->isVisible();
+    state.disabled = !strip_->isEnabled();
+    return state;
+  }
+
+  QStringList actionNames() const override { return {pressAction()}; }
+  void doAction(const QString& action) override {
+    if (isValid() && action == pressAction() && strip_->on_tab_clicked) {
+      strip_->on_tab_clicked(index_);
+    }
+  }
+  QStringList keyBindingsForAction(const QString&) const override { return {}; }
+
+ private:
+  QPointer<TabStrip> strip_;
+  int index_;
+};
+
+class PageTabListInterface : public QAccessibleWidget {
+ public:
+  explicit PageTabListInterface(TabStrip* strip)
+      : QAccessibleWidget(strip, QAccessible::PageTabList) {}
+  ~PageTabListInterface() override {
+    for (const QAccessible::Id id : tabs_) QAccessible::deleteAccessibleInterface(id);
+  }
+
+  int childCount() const override { return strip()->count(); }
+  QAccessibleInterface* child(int index) const override {
+    if (index < 0 || index >= strip()->count()) return nullptr;
+    while (static_cast<int>(tabs_.size()) <= index) {
+      auto* tab = new PageTabInterface(strip(), static_cast<int>(tabs_.size()));
+      tabs_.push_back(QAccessible::registerAccessibleInterface(tab));
+    }
+    return QAccessible::accessibleInterface(tabs_[static_cast<size_t>(index)]);
+  }
+  int indexOfChild(const QAccessibleInterface* child) const override {
+    for (size_t index = 0; index < tabs_.size(); ++index) {
+      if (QAccessible::accessibleInterface(tabs_[index]) == child) return static_cast<int>(index);
+    }
+    return -1;
+  }
+  QAccessibleInterface* childAt(int x, int y) const override {
+    const int index = strip()->tabAt(strip()->mapFromGlobal(QPoint(x, y)));
+    return index >= 0 ? child(index) : nullptr;
+  }
+  QAccessibleInterface* focusChild() const override {
+    return strip()->hasFocus() ? child(strip()->currentIndex()) : nullptr;
+  }
+
+ private:
+  TabStrip* strip() const { return static_cast<TabStrip*>(widget()); }
+
+  mutable std::vector<QAccessible::Id> tabs_;
+};
+
+QAccessibleInterface* Factory(const QString&, QObject* object) {
+  if (auto* option = dynamic_cast<OptionButton*>(object)) return new OptionInterface(option);
+  if (auto* strip = dynamic_cast<TabStrip*>(object)) return new PageTabListInterface(strip);
+  if (auto* box = qobject_cast<QComboBox*>(object); box && !box->isEditable()) {
+    return new ListInterface(box);
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+void InstallAccessibility() { QAccessible::installFactory(&Factory); }
+
+}  // namespace ketra::window
