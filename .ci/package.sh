@@ -14,15 +14,20 @@ chmod 0755 "$work"
 daemon_pid=""
 echo_pid=""
 cleanup() {
-  [ -n "$daemon_pid" ] && kill "$daemon_pid" 2>/dev/null && wait "$daemon_pid" 2>/dev/null
-  [ -n "$echo_pid" ] && kill "$echo_pid" 2>/dev/null && wait "$echo_pid" 2>/dev/null
+  set +e
+  for pid in $daemon_pid $echo_pid; do
+    kill "$pid" 2>/dev/null
+    wait "$pid" 2>/dev/null
+  done
   for user in "$member" "$outsider"; do
     id "$user" >/dev/null 2>&1 && userdel -r "$user" 2>/dev/null
   done
   rm -rf "$work"
-  true
 }
 trap cleanup EXIT
+for user in "$member" "$outsider"; do  # left by an interrupted run
+  id "$user" >/dev/null 2>&1 && userdel -r "$user" 2>/dev/null
+done
 ok() { echo "ok: $*"; }
 fail() { echo "FAILED: $*" >&2; exit 1; }
 
@@ -36,17 +41,17 @@ for p in "${needed[@]}"; do
 done
 if [ ${#missing[@]} -gt 0 ]; then
   apt-get update -qq
-  apt-get install -y -qq --no-install-recommends "${missing[@]}"
+  apt-get -o DPkg::Lock::Timeout=300 install -y -qq --no-install-recommends "${missing[@]}"
 fi
 
 # A previous run's package goes first, so that this run installs afresh.
 if dpkg-query -W -f='${Status}' ketra 2>/dev/null | grep -q "ok installed\|config-files"; then
-  apt-get purge -y -qq ketra >/dev/null
+  apt-get -o DPkg::Lock::Timeout=300 purge -y -qq ketra >/dev/null
 fi
 
 bash scripts/package.sh
 deb=$(ls dist/ketra_*.deb)
-apt-get install -y -qq "./$deb" >/dev/null
+apt-get -o DPkg::Lock::Timeout=300 install -y -qq "./$deb" >/dev/null
 version=$(dpkg-query -W -f='${Version}' ketra)
 ok "installed $deb (version $version)"
 
@@ -138,7 +143,13 @@ as_member() { runuser -u "$member" -- env -i HOME="/home/$member" PATH=/usr/bin:
 /usr/bin/python3 - "$work/echo.port" >"$work/echo.log" 2>&1 <<'PY' &
 import socket, sys
 s = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
-s.bind(("127.0.0.1", 0))
+# The panel keeps UDP ports as 16-bit signed numbers: the terminal's port stays below 32768.
+for port in range(25100, 25400):
+    try:
+        s.bind(("127.0.0.1", port))
+        break
+    except OSError:
+        pass
 open(sys.argv[1], "w").write(str(s.getsockname()[1]))
 while True:
     data, peer = s.recvfrom(65536)
@@ -164,7 +175,8 @@ as_member ketra-reg export 'HKEY_LOCAL_MACHINE\Software\Tessaron\VSP\COM3' >"$wo
 grep -q '"REMOTEIP"=hex(0):31,36,37,37,37,33,34,33,00' "$work/com3.reg" ||
   { cat "$work/session.out" "$work/com3.reg"; fail "the panel did not store 127.0.0.1"; }
 ok "$member: ketra-session (no flag) stored COM3's terminal 127.0.0.1:$echo_port with Apply"
-as_member ketra-vspd connect COM3 | tee "$work/connect.out"
+as_member ketra-vspd connect COM3 >"$work/connect.out" 2>&1 || true
+cat "$work/connect.out"
 grep -q "Connect Successful" "$work/connect.out" || fail "connect: $(cat "$work/connect.out")"
 ok "$member: ketra-vspd connect COM3 (no flag)"
 as_member ketra-vspd status >/dev/null
@@ -199,12 +211,12 @@ ok "a link directory owned by $outsider refused: $(cut -d' ' -f3- "$work/links.o
 kill "$daemon_pid"
 wait "$daemon_pid" || true
 daemon_pid=""
-apt-get remove -y -qq ketra >/dev/null
+apt-get -o DPkg::Lock::Timeout=300 remove -y -qq ketra >/dev/null
 [ -f /var/lib/ketra/hive.db ] || fail "remove deleted the hive"
 [ -f /etc/ketra/ketra.conf ] || fail "remove deleted the configuration file"
 [ ! -e /usr/bin/ketra-vspd ] || fail "remove left the programs"
 ok "removed: programs gone, /var/lib/ketra/hive.db and /etc/ketra/ketra.conf kept"
-apt-get purge -y -qq ketra >/dev/null
+apt-get -o DPkg::Lock::Timeout=300 purge -y -qq ketra >/dev/null
 [ ! -e /var/lib/ketra ] || fail "purge left /var/lib/ketra"
 [ ! -e /etc/ketra ] || fail "purge left /etc/ketra"
 ok "purged: /var/lib/ketra and /etc/ketra gone"

@@ -56,7 +56,7 @@ std::string Hex(const wire::Record& record) {
 wire::Reply Refuse(std::uint32_t error, std::string reason, bool* close) {
   *close = true;
   if (reason.size() > wire::kMaxReasonLength) reason.resize(wire::kMaxReasonLength);
-  return wire::Refusal{error, std::move(reason)};
+  return wire::ErrorReply{error, std::move(reason)};
 }
 
 }  // namespace

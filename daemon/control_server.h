@@ -32,7 +32,7 @@
 
 namespace ketra::vspd {
 
-namespace wire = ::ketra::device::vspd;
+namespace wire = ::ketra::device::wire;
 
 class PortDirectory {
  public:

@@ -73,7 +73,7 @@ class ControlServerTest : public ::testing::Test, public PortDirectory {
     return document + "]}";
   }
 
-  device::vspd::Record Record(std::uint16_t local_port, std::uint8_t flow = 1) {
+  device::wire::Record Record(std::uint16_t local_port, std::uint8_t flow = 1) {
     const net::Endpoint remote = peer_.LocalEndpoint();
     return {127,
             0,
@@ -91,7 +91,7 @@ class ControlServerTest : public ::testing::Test, public PortDirectory {
 
   // One command as the panel makes it; the Status byte that came back, or -1 for no handle,
   // -2 for a failed call.
-  int Command(const std::string& path, std::uint32_t code, const device::vspd::Record& input) {
+  int Command(const std::string& path, std::uint32_t code, const device::wire::Record& input) {
     const device::Handle handle = device_->CreateFile(path, 0, 3, nullptr, 3, 0, 0);
     if (handle == device::kInvalidHandleValue) return -1;
     std::uint8_t out[12] = {};
@@ -102,20 +102,20 @@ class ControlServerTest : public ::testing::Test, public PortDirectory {
   }
 
   // Sends raw bytes on a fresh connection; the reply, or nullopt when none came.
-  std::optional<device::vspd::Reply> Raw(const std::vector<Bytes>& messages) {
+  std::optional<device::wire::Reply> Raw(const std::vector<Bytes>& messages) {
     net::Fd fd(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::strncpy(address.sun_path, socket_path_.c_str(), sizeof address.sun_path - 1);
     EXPECT_EQ(::connect(fd.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    std::optional<device::vspd::Reply> last;
+    std::optional<device::wire::Reply> last;
     for (const Bytes& message : messages) {
       ::send(fd.get(), message.data(), message.size(), MSG_NOSIGNAL);
-      Bytes buffer(device::vspd::kMaxMessageSize);
+      Bytes buffer(device::wire::kMaxMessageSize);
       const ssize_t size = ::recv(fd.get(), buffer.data(), buffer.size(), 0);
       if (size <= 0) return std::nullopt;
-      device::vspd::ParseError error;
-      last = device::vspd::ParseReply(std::span(buffer.data(), size), &error);
+      device::wire::ParseError error;
+      last = device::wire::ParseReply(std::span(buffer.data(), size), &error);
     }
     // The server closes after a refusal: the next read sees the end.
     return last;
@@ -140,7 +140,7 @@ TEST_F(ControlServerTest, ThePanelsCommandsGetTheirAnswers) {
   struct Step {
     std::string path;
     std::uint32_t code;
-    device::vspd::Record record;
+    device::wire::Record record;
     int status;
   };
   const std::vector<Step> steps = {
@@ -171,7 +171,7 @@ TEST_F(ControlServerTest, ABindConflictAnswers21) {
 }
 
 TEST_F(ControlServerTest, MalformedAndOutOfOrderMessagesAreRefusedAndEndTheConnection) {
-  namespace v = device::vspd;
+  namespace v = device::wire;
   const Bytes open = v::EncodeRequest(v::OpenRequest{"\\\\.\\COM7"});
   const Bytes ioctl =
       v::EncodeRequest(v::IoctlRequest{device::kIoctlVspConnect, Record(FreeLoopbackPort())});
@@ -190,7 +190,7 @@ TEST_F(ControlServerTest, MalformedAndOutOfOrderMessagesAreRefusedAndEndTheConne
   for (const auto& c : cases) {
     const auto reply = Raw(c.messages);
     ASSERT_TRUE(reply.has_value()) << c.what;
-    EXPECT_TRUE(std::holds_alternative<v::Refusal>(*reply)) << c.what;
+    EXPECT_TRUE(std::holds_alternative<v::ErrorReply>(*reply)) << c.what;
   }
   EXPECT_FALSE(port_->connected());
   // The server is still there for well-formed clients.
@@ -217,7 +217,7 @@ TEST_F(ControlServerTest, AStatusOfAnySizeArrivesWhole) {
   large_status_ = true;
   const auto document = device::QueryVspdStatus(socket_path_, 2000ms);
   ASSERT_TRUE(document.has_value());
-  EXPECT_GT(document->size(), 4 * device::vspd::kStatusPieceSize);
+  EXPECT_GT(document->size(), 4 * device::wire::kStatusPieceSize);
   EXPECT_EQ(*document, LargeStatus());
 }
 

@@ -30,7 +30,7 @@ void Validate(DaemonConfig& config, const std::string& bind_text) {
   }
   std::set<std::string> seen;
   for (const std::string& name : config.ports) {
-    if (!device::vspd::IsValidPortName(name)) {
+    if (!device::wire::IsValidPortName(name)) {
       throw CLI::ValidationError(
           "--ports", "bad port name '" + name + "': 1 to 32 letters, digits, '_' or '-'");
     }

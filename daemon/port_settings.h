@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/device/driver_contract.h"
 #include "platform/net/udp_socket.h"
 
 namespace ketra::vspd {
@@ -25,7 +26,7 @@ inline constexpr std::uint8_t kStatusBadParameters = 87;
 inline constexpr std::uint8_t kStatusConnected = 112;
 inline constexpr std::uint8_t kStatusDisconnected = 113;
 
-using Record = std::array<std::uint8_t, 12>;
+using device::Record;
 
 struct PortSettings {
   net::Endpoint remote;

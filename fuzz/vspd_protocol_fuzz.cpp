@@ -12,16 +12,16 @@
 
 namespace {
 
-namespace vspd = ketra::device::vspd;
+namespace wire = ketra::device::wire;
 
 void CheckDevicePath(std::string_view path) {
-  const auto device = vspd::ParseDevicePath(path);
+  const auto device = wire::ParseDevicePath(path);
   if (!device) return;
-  FUZZ_CHECK(!device->port.empty() && device->port.size() <= vspd::kMaxPortName);
+  FUZZ_CHECK(!device->port.empty() && device->port.size() <= wire::kMaxPortName);
   FUZZ_CHECK(device->port.find('/') == std::string_view::npos);
   FUZZ_CHECK(device->port.find("..") == std::string_view::npos);
   FUZZ_CHECK(device->port.find('\0') == std::string_view::npos);
-  FUZZ_CHECK(vspd::IsValidPortName(device->port));
+  FUZZ_CHECK(wire::IsValidPortName(device->port));
 }
 
 }  // namespace
@@ -29,18 +29,18 @@ void CheckDevicePath(std::string_view path) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::span<const std::uint8_t> message(data, size);
   const std::vector<std::uint8_t> bytes(data, data + size);
-  vspd::ParseError error = vspd::ParseError::kNone;
-  if (const auto request = vspd::ParseRequest(message, &error)) {
-    FUZZ_CHECK(vspd::EncodeRequest(*request) == bytes);
-    if (const auto* open = std::get_if<vspd::OpenRequest>(&*request)) CheckDevicePath(open->path);
+  wire::ParseError error = wire::ParseError::kNone;
+  if (const auto request = wire::ParseRequest(message, &error)) {
+    FUZZ_CHECK(wire::EncodeRequest(*request) == bytes);
+    if (const auto* open = std::get_if<wire::OpenRequest>(&*request)) CheckDevicePath(open->path);
   } else {
-    FUZZ_CHECK(error != vspd::ParseError::kNone);
+    FUZZ_CHECK(error != wire::ParseError::kNone);
   }
-  error = vspd::ParseError::kNone;
-  if (const auto reply = vspd::ParseReply(message, &error)) {
-    FUZZ_CHECK(vspd::EncodeReply(*reply) == bytes);
+  error = wire::ParseError::kNone;
+  if (const auto reply = wire::ParseReply(message, &error)) {
+    FUZZ_CHECK(wire::EncodeReply(*reply) == bytes);
   } else {
-    FUZZ_CHECK(error != vspd::ParseError::kNone);
+    FUZZ_CHECK(error != wire::ParseError::kNone);
   }
   CheckDevicePath(std::string_view(reinterpret_cast<const char*>(data), size));
   return 0;

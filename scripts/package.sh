@@ -22,7 +22,9 @@ dpkg-checkbuilddeps
 rm -rf dist debian/ketra debian/.debhelper debian/debhelper-build-stamp debian/files \
   debian/*.substvars debian/*.debhelper debian/*.debhelper.log
 mkdir -p dist
-# Rules-Requires-Root: no, so neither root nor fakeroot is needed.
+# Rules-Requires-Root: no, so neither root nor fakeroot is needed. debhelper builds with one
+# job unless told otherwise.
+export DEB_BUILD_OPTIONS="parallel=$(nproc) ${DEB_BUILD_OPTIONS:-}"
 debian/rules build
 debian/rules binary
 rm -rf debian/ketra debian/.debhelper debian/debhelper-build-stamp debian/files \

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Takes a picture of each tab page of the window for the README: starts build/bin/ketra under a
 # virtual X server (xvfb-run) on a temporary hive with three ports, and lets it save
-# docs/screenshot-config.png and docs/screenshot-status.png. Builds nothing: run the build first.
+# docs/screenshot-config.png, docs/screenshot-status.png and docs/screenshot-focus.png (the focus
+# on an option button). Builds nothing: run the build first.
 #
 #   scripts/screenshots.sh [BUILD_DIR]     (default: build)
 set -euo pipefail

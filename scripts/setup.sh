@@ -8,6 +8,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   qt6-base-dev libgl-dev
   fonts-liberation python3 socat xvfb xauth ccache
+  dbus-daemon dbus-bin at-spi2-core python3-pyatspi
   libsystemd-dev python3-serial
 )
 

@@ -508,6 +508,10 @@ void FormView::ShowPageAsUser(int page) {
   Perform([this, page] { form_.ShowPage(page); });
 }
 
+void FormView::PressAsUser(ControlId id, forms::Key key) {
+  Perform([this, id, key] { form_.Press(id, key); });
+}
+
 void FormView::OnTimer(ControlId id) {
   // Notifications run one after the other: a tick that comes while a message box is open
   // waits for the operation that opened it to finish.

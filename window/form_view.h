@@ -57,6 +57,8 @@ class FormView : public QWidget {
 
   // The user shows a page of the tab control, as a click on its tab does.
   void ShowPageAsUser(int page);
+  // The user presses a key on a control, as from the keyboard.
+  void PressAsUser(forms::ControlId id, forms::Key key);
 
  signals:
   // The program ended: the form was unloaded. The window has hidden itself.

@@ -778,7 +778,7 @@ class FormViewTest : public QObject {
     // The pictures read by the window's own reader equal Qt's reading of the same files.
     for (const forms::Picture picture :
          {forms::Picture::kGreen, forms::Picture::kRed, forms::Picture::kGrey}) {
-      const std::vector<std::uint8_t> file = form::LampBitmap(picture);
+      const std::vector<std::uint8_t> file = LampBitmap(picture);
       const QImage by_qt = QImage::fromData(file.data(), static_cast<int>(file.size()), "BMP");
       QCOMPARE(BitmapImage(file).convertToFormat(QImage::Format_RGB32),
                by_qt.convertToFormat(QImage::Format_RGB32));

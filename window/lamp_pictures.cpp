@@ -10,7 +10,7 @@ PictureSet LampPictures() {
   PictureSet pictures;
   for (const forms::Picture picture :
        {forms::Picture::kGreen, forms::Picture::kRed, forms::Picture::kGrey}) {
-    pictures[static_cast<size_t>(picture)] = BitmapImage(form::LampBitmap(picture));
+    pictures[static_cast<size_t>(picture)] = BitmapImage(LampBitmap(picture));
   }
   return pictures;
 }

@@ -52,6 +52,11 @@ bool HasDisplay() {
 int SaveScreenshots(ketra::window::FormView& view, const ketra::forms::Form& form,
                     const QString& directory) {
   QDir().mkpath(directory);
+  // Only the active window shows a focus; a virtual display has no window manager to activate it.
+  view.activateWindow();
+  for (int wait = 0; wait < 100 && !view.isActiveWindow(); ++wait) {
+    QApplication::processEvents(QEventLoop::AllEvents, 20);
+  }
   for (ketra::forms::ControlId id = 0; id < form.size(); ++id) {
     const ketra::forms::Control& control = form.at(id);
     if (control.kind != ketra::forms::Kind::kTab) continue;
@@ -67,6 +72,21 @@ int SaveScreenshots(ketra::window::FormView& view, const ketra::forms::Form& for
       }
       std::cout << path.toStdString() << '\n';
     }
+    break;
+  }
+  // The focus on an option button, brought there from the keyboard: Space on the first option
+  // of the "Config" page, which is selected, so nothing else changes.
+  for (ketra::forms::ControlId id = 0; id < form.size(); ++id) {
+    if (form.at(id).kind != ketra::forms::Kind::kOption) continue;
+    view.ShowPageAsUser(0);
+    view.PressAsUser(id, ketra::forms::Key::kSpace);
+    QApplication::processEvents();
+    const QString path = QDir(directory).filePath(QStringLiteral("screenshot-focus.png"));
+    if (!view.grab().save(path, "PNG")) {
+      std::cerr << "ketra: cannot write " << path.toStdString() << '\n';
+      return 1;
+    }
+    std::cout << path.toStdString() << '\n';
     break;
   }
   return 0;

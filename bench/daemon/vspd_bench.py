@@ -1,34 +1,21 @@
 #!/usr/bin/env python3
-"""Speed and load of the driver daemon ketra-vspd against socat, in one run, on loopback only.
+"""Soak of the driver daemon ketra-vspd, on loopback only: 101 ports connected, traffic both ways
+on all of them for SOAK seconds, every byte checked against its pattern; the bytes lost must be 0.
+Throughput and echo against the peers: vspd_peers_bench.py.
 
-  1. 64 MB pty -> UDP and 64 MB UDP -> pty, each as a windowed transfer (at most WINDOW bytes in
-     flight, so that the receiver keeps up and nothing is lost): MB/s of ketra-vspd and of
-     `socat PTY,raw,echo=0 UDP:127.0.0.1:R,bind=127.0.0.1:L`, and their ratio.
-  2. Round trip of a 1-byte echo: pty -> bridge -> UDP -> echo -> UDP -> bridge -> pty; median
-     and 99th percentile in microseconds, and the ratio.
-  3. Soak: 101 ports of ketra-vspd connected, traffic both ways on all of them for SOAK seconds,
-     every byte checked against its pattern; the bytes lost must be 0.
-The same Python loop drives both bridges, so its own cost is in both figures alike.
-
-usage: vspd_bench.py BIN_DIR [--soak SECONDS] [--megabytes N]
+usage: vspd_bench.py BIN_DIR [--soak SECONDS]
 """
 import argparse
 import os
 import selectors
 import signal
 import socket
-import statistics
 import struct
 import subprocess
 import sys
 import tempfile
 import time
 
-CHUNK = 4096
-WINDOW = 1 << 20
-# Toward the pty the bridge's UDP receive buffer holds what is in flight; socat keeps the
-# kernel's default (about 200 KB of buffer space), so the window stays well below it.
-WINDOW_DOWN = 64 << 10
 
 
 def free_port(used):
@@ -105,131 +92,6 @@ class Vspd:
     def stop(self):
         self.process.send_signal(signal.SIGTERM)
         self.process.wait(timeout=10)
-
-
-class Socat:
-    def __init__(self, root, local, remote):
-        link = os.path.join(root, "socat-pty")
-        self.process = subprocess.Popen(
-            ["socat", "PTY,link=%s,raw,echo=0" % link,
-             "UDP:127.0.0.1:%d,bind=127.0.0.1:%d" % (remote, local)],
-            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        wait_path(link)
-        self.locals = [local]
-        self.ptys = [link]
-
-    def stop(self):
-        self.process.send_signal(signal.SIGTERM)
-        self.process.wait(timeout=10)
-
-
-def pattern(size, seed=0):
-    block = bytes((i * 7 + seed) & 0xFF for i in range(256)) * (CHUNK // 256)
-    return block, size
-
-
-def transfer_pty_to_udp(pty_path, terminal, total):
-    fd = open_pty(pty_path)
-    data = bytes(range(256)) * (CHUNK // 256)
-    sent = received = 0
-    sel = selectors.DefaultSelector()
-    sel.register(terminal, selectors.EVENT_READ)
-    start = time.perf_counter()
-    last_progress = start
-    while received < total:
-        if sent < total and sent - received < WINDOW:
-            try:
-                sent += os.write(fd, data[: min(CHUNK, total - sent)])
-            except BlockingIOError:
-                pass
-        for _key, _ in sel.select(0 if sent < total and sent - received < WINDOW else 0.2):
-            while True:
-                try:
-                    received += len(terminal.recv(65536))
-                    last_progress = time.perf_counter()
-                except BlockingIOError:
-                    break
-        if time.perf_counter() - last_progress > 3:
-            break
-    elapsed = time.perf_counter() - start
-    os.close(fd)
-    return received / elapsed / 1e6, total - received
-
-
-def transfer_udp_to_pty(pty_path, terminal, local, total):
-    fd = open_pty(pty_path)
-    data = bytes(range(256)) * (CHUNK // 256)
-    sent = received = 0
-    sel = selectors.DefaultSelector()
-    sel.register(fd, selectors.EVENT_READ)
-    start = time.perf_counter()
-    last_progress = start
-    while received < total:
-        while sent < total and sent - received < WINDOW_DOWN:
-            try:
-                sent += terminal.sendto(data[: min(CHUNK, total - sent)], ("127.0.0.1", local))
-            except BlockingIOError:
-                break
-        for _key, _ in sel.select(0.2):
-            while True:
-                try:
-                    chunk = os.read(fd, 65536)
-                    if not chunk:
-                        break
-                    received += len(chunk)
-                    last_progress = time.perf_counter()
-                except BlockingIOError:
-                    break
-        if time.perf_counter() - last_progress > 3:
-            break
-    elapsed = time.perf_counter() - start
-    os.close(fd)
-    return received / elapsed / 1e6, total - received
-
-
-def echo_latency(pty_path, terminal, rounds=3000):
-    fd = open_pty(pty_path)
-    os.set_blocking(fd, True)
-    terminal.setblocking(True)
-    terminal.settimeout(2)
-    samples = []
-    for i in range(rounds + 200):
-        byte = bytes([i & 0xFF])
-        start = time.perf_counter()
-        os.write(fd, byte)
-        data, sender = terminal.recvfrom(16)
-        terminal.sendto(data, sender)
-        echoed = os.read(fd, 16)
-        elapsed = time.perf_counter() - start
-        if echoed != byte:
-            raise RuntimeError("echo mismatch")
-        if i >= 200:  # warm-up rounds left out
-            samples.append(elapsed * 1e6)
-    terminal.setblocking(False)
-    os.close(fd)
-    samples.sort()
-    return statistics.median(samples), samples[int(len(samples) * 0.99)]
-
-
-def measure(bridge_factory, megabytes):
-    used = set()
-    results = {}
-    for name in ("pty_to_udp", "udp_to_pty", "latency"):
-        remote = free_port(used)
-        terminal = udp(remote)
-        bridge = bridge_factory(remote, used)
-        try:
-            if name == "pty_to_udp":
-                results[name] = transfer_pty_to_udp(bridge.ptys[0], terminal, megabytes << 20)
-            elif name == "udp_to_pty":
-                results[name] = transfer_udp_to_pty(bridge.ptys[0], terminal, bridge.locals[0],
-                                                    megabytes << 20)
-            else:
-                results[name] = echo_latency(bridge.ptys[0], terminal)
-        finally:
-            bridge.stop()
-            terminal.close()
-    return results
 
 
 def soak(bin_dir, root, seconds, ports=101, window=64 << 10):
@@ -319,8 +181,6 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("bin_dir")
     parser.add_argument("--soak", type=float, default=60)
-    parser.add_argument("--megabytes", type=int, default=64)
-    parser.add_argument("--repeat", type=int, default=3)
     args = parser.parse_args()
     with tempfile.TemporaryDirectory(prefix="vspd-bench-") as root:
         counter = [0]
@@ -331,34 +191,6 @@ def main():
             os.mkdir(path)
             return path
 
-        # Alternating runs, best of each: the machine is shared, so single runs are noisy.
-        ours_runs, theirs_runs = [], []
-        for _ in range(args.repeat):
-            ours_runs.append(measure(
-                lambda remote, used: Vspd(args.bin_dir, fresh("vspd"), 1, remote, used),
-                args.megabytes))
-            theirs_runs.append(measure(
-                lambda remote, used: Socat(fresh("socat"), free_port(used), remote),
-                args.megabytes))
-        print("%d MB windowed transfers (window %d KB up, %d KB down, %d-byte writes), loopback, best of %d "
-              "alternating runs (all runs in brackets)" %
-              (args.megabytes, WINDOW >> 10, WINDOW_DOWN >> 10, CHUNK, args.repeat))
-        for name in ("pty_to_udp", "udp_to_pty"):
-            a = max(r[name][0] for r in ours_runs)
-            b = max(r[name][0] for r in theirs_runs)
-            lost_a = sum(r[name][1] for r in ours_runs)
-            lost_b = sum(r[name][1] for r in theirs_runs)
-            print("  %-11s ketra-vspd %7.1f MB/s (lost %d) %s   socat %7.1f MB/s (lost %d) %s   "
-                  "ratio %.2f" % (name, a, lost_a, [round(r[name][0], 1) for r in ours_runs], b,
-                                  lost_b, [round(r[name][0], 1) for r in theirs_runs], a / b))
-        m_a = min(r["latency"][0] for r in ours_runs)
-        m_b = min(r["latency"][0] for r in theirs_runs)
-        p_a = min(r["latency"][1] for r in ours_runs)
-        p_b = min(r["latency"][1] for r in theirs_runs)
-        print("  1-byte echo round trip: ketra-vspd median %.1f us p99 %.1f us %s   socat median "
-              "%.1f us p99 %.1f us %s   ratio (median) %.2f" %
-              (m_a, p_a, [round(r["latency"][0], 1) for r in ours_runs], m_b, p_b,
-               [round(r["latency"][0], 1) for r in theirs_runs], m_a / m_b))
         result = soak(args.bin_dir, fresh("soak"), args.soak)
         print("  soak: %(ports)d ports, %(seconds).1f s, %(bytes_up)d bytes pty->UDP, "
               "%(bytes_down)d bytes UDP->pty, lost %(lost)d, corrupt chunks %(corrupt_chunks)d, "

@@ -6,7 +6,7 @@
 
 #include "platform/forms/layout_row.h"
 
-namespace ketra::form {
+namespace ketra {
 namespace {
 
 using forms::Kind;
@@ -264,4 +264,4 @@ constexpr forms::ControlSpec kForm1[] = {
 
 std::span<const forms::ControlSpec> Form1Layout() { return kForm1; }
 
-}  // namespace ketra::form
+}  // namespace ketra

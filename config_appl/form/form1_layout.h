@@ -9,13 +9,13 @@
 
 #include "platform/forms/control.h"
 
-namespace ketra::form {
+namespace ketra {
 
 // The form's own row comes first (caption, client area size as width and height, and the
 // design position of the client area as left and top), then every container before its
 // contents.
 std::span<const forms::ControlSpec> Form1Layout();
 
-}  // namespace ketra::form
+}  // namespace ketra
 
 #endif  // KETRA_CONFIG_APPL_FORM_FORM1_LAYOUT_H_

@@ -10,7 +10,7 @@
 
 #include "platform/forms/form.h"
 
-namespace ketra::form {
+namespace ketra {
 namespace {
 
 using forms::ControlSpec;
@@ -187,4 +187,4 @@ TEST(Form1Layout, WhatAUserCannotReachAtStart) {
 }
 
 }  // namespace
-}  // namespace ketra::form
+}  // namespace ketra

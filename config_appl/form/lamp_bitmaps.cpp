@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-namespace ketra::form {
+namespace ketra {
 namespace {
 
 constexpr int kWidth = 19;
@@ -91,4 +91,4 @@ std::vector<std::uint8_t> LampBitmap(forms::Picture picture) {
   return file;
 }
 
-}  // namespace ketra::form
+}  // namespace ketra

@@ -10,11 +10,11 @@
 
 #include "platform/forms/control.h"
 
-namespace ketra::form {
+namespace ketra {
 
 // The file bytes of the picture; empty for Picture::kNone.
 std::vector<std::uint8_t> LampBitmap(forms::Picture picture);
 
-}  // namespace ketra::form
+}  // namespace ketra
 
 #endif  // KETRA_CONFIG_APPL_FORM_LAMP_BITMAPS_H_

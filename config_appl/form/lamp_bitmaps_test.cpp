@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace ketra::form {
+namespace ketra {
 namespace {
 
 using forms::Picture;
@@ -131,4 +131,4 @@ TEST(LampBitmaps, ThePicturesDifferInTheirFillAlone) {
 }
 
 }  // namespace
-}  // namespace ketra::form
+}  // namespace ketra

@@ -93,7 +93,7 @@ const std::vector<Entry>& Entries() {
 }  // namespace
 
 Program::Program(const Platform& platform)
-    : platform_(platform), form_(form::Form1Layout(), platform.boxes) {
+    : platform_(platform), form_(Form1Layout(), platform.boxes) {
   for (const Entry& entry : Entries()) {
     if (entry.control.empty()) continue;
     const Routine& routine = entry.routine;

@@ -78,12 +78,12 @@ enum class Outcome { kAnswered, kTimedOut, kBroken };
 // A status document in pieces ends by this size, or the daemon is not to be believed.
 constexpr std::size_t kMostStatusText = 64 << 20;
 
-Outcome Receive(const Fd& fd, std::chrono::milliseconds timeout, vspd::Reply* reply);
+Outcome Receive(const Fd& fd, std::chrono::milliseconds timeout, wire::Reply* reply);
 
 // One request and its answer. A record that is not a valid reply counts as a broken channel.
-Outcome Exchange(const Fd& fd, const vspd::Request& request, std::chrono::milliseconds timeout,
-                 vspd::Reply* reply) {
-  const auto message = vspd::EncodeRequest(request);
+Outcome Exchange(const Fd& fd, const wire::Request& request, std::chrono::milliseconds timeout,
+                 wire::Reply* reply) {
+  const auto message = wire::EncodeRequest(request);
   if (::send(fd.get(), message.data(), message.size(), MSG_NOSIGNAL) !=
       static_cast<ssize_t>(message.size())) {
     return Outcome::kBroken;
@@ -92,7 +92,7 @@ Outcome Exchange(const Fd& fd, const vspd::Request& request, std::chrono::millis
 }
 
 // The next message, which must be a valid reply.
-Outcome Receive(const Fd& fd, std::chrono::milliseconds timeout, vspd::Reply* reply) {
+Outcome Receive(const Fd& fd, std::chrono::milliseconds timeout, wire::Reply* reply) {
   pollfd watch{fd.get(), POLLIN, 0};
   int ready = 0;
   do {
@@ -100,11 +100,11 @@ Outcome Receive(const Fd& fd, std::chrono::milliseconds timeout, vspd::Reply* re
   } while (ready < 0 && errno == EINTR);
   if (ready == 0) return Outcome::kTimedOut;
   if (ready < 0) return Outcome::kBroken;
-  std::vector<std::uint8_t> buffer(vspd::kMaxMessageSize);
+  std::vector<std::uint8_t> buffer(wire::kMaxMessageSize);
   const ssize_t size = ::recv(fd.get(), buffer.data(), buffer.size(), MSG_TRUNC);
   if (size <= 0 || static_cast<std::size_t>(size) > buffer.size()) return Outcome::kBroken;
-  vspd::ParseError error = vspd::ParseError::kNone;
-  auto parsed = vspd::ParseReply(std::span(buffer.data(), static_cast<std::size_t>(size)), &error);
+  wire::ParseError error = wire::ParseError::kNone;
+  auto parsed = wire::ParseReply(std::span(buffer.data(), static_cast<std::size_t>(size)), &error);
   if (!parsed) return Outcome::kBroken;
   *reply = std::move(*parsed);
   return Outcome::kAnswered;
@@ -117,16 +117,16 @@ class VspdDevice final : public DeviceIo {
 
   Handle CreateFile(std::string_view path, std::uint32_t, std::uint32_t, const SecurityAttributes*,
                     std::uint32_t, std::uint32_t, Handle) override {
-    if (path.empty() || path.size() > vspd::kMaxPathLength) return kInvalidHandleValue;
+    if (path.empty() || path.size() > wire::kMaxPathLength) return kInvalidHandleValue;
     Fd fd = ConnectTo(socket_path_);
     if (!fd) return kInvalidHandleValue;
-    vspd::Reply reply;
-    if (Exchange(fd, vspd::OpenRequest{std::string(path)}, timeout_, &reply) !=
+    wire::Reply reply;
+    if (Exchange(fd, wire::OpenRequest{std::string(path)}, timeout_, &reply) !=
         Outcome::kAnswered) {
       return kInvalidHandleValue;
     }
-    const auto* open = std::get_if<vspd::OpenReply>(&reply);
-    if (open == nullptr || open->error != vspd::kErrorSuccess) return kInvalidHandleValue;
+    const auto* open = std::get_if<wire::OpenReply>(&reply);
+    if (open == nullptr || open->error != wire::kErrorSuccess) return kInvalidHandleValue;
     const Handle handle = next_handle_;
     next_handle_ = next_handle_ == 0x7FFFFFFF ? 1 : next_handle_ + 1;
     connections_[handle] = std::move(fd);
@@ -139,33 +139,33 @@ class VspdDevice final : public DeviceIo {
     if (bytes_returned != nullptr) *bytes_returned = 0;
     const auto found = connections_.find(device);
     if (found == connections_.end()) return false;
-    if (in == nullptr || in_size != vspd::kRecordSize || out == nullptr ||
-        out_size < vspd::kRecordSize) {
+    if (in == nullptr || in_size != wire::kRecordSize || out == nullptr ||
+        out_size < wire::kRecordSize) {
       return false;
     }
-    vspd::IoctlRequest request{control_code, {}};
-    std::memcpy(request.input.data(), in, vspd::kRecordSize);
-    vspd::Reply reply;
+    wire::IoctlRequest request{control_code, {}};
+    std::memcpy(request.input.data(), in, wire::kRecordSize);
+    wire::Reply reply;
     switch (Exchange(found->second, request, timeout_, &reply)) {
       case Outcome::kAnswered:
         break;
       case Outcome::kTimedOut: {
         // A late answer must not be mistaken for the next call's, so the connection goes.
         found->second.Reset();
-        vspd::Record timed_out{};
-        timed_out[vspd::kRecordSize - 1] = kStatusTimedOut;
-        std::memcpy(out, timed_out.data(), vspd::kRecordSize);
-        if (bytes_returned != nullptr) *bytes_returned = vspd::kRecordSize;
+        wire::Record timed_out{};
+        timed_out[wire::kRecordSize - 1] = kStatusTimedOut;
+        std::memcpy(out, timed_out.data(), wire::kRecordSize);
+        if (bytes_returned != nullptr) *bytes_returned = wire::kRecordSize;
         return true;
       }
       case Outcome::kBroken:
         found->second.Reset();
         return false;
     }
-    const auto* answer = std::get_if<vspd::IoctlReply>(&reply);
-    if (answer == nullptr || answer->error != vspd::kErrorSuccess) return false;
-    std::memcpy(out, answer->output.data(), vspd::kRecordSize);
-    if (bytes_returned != nullptr) *bytes_returned = vspd::kRecordSize;
+    const auto* answer = std::get_if<wire::IoctlReply>(&reply);
+    if (answer == nullptr || answer->error != wire::kErrorSuccess) return false;
+    std::memcpy(out, answer->output.data(), wire::kRecordSize);
+    if (bytes_returned != nullptr) *bytes_returned = wire::kRecordSize;
     return true;
   }
 
@@ -174,9 +174,9 @@ class VspdDevice final : public DeviceIo {
     if (found == connections_.end()) return false;
     bool ok = false;
     if (found->second.valid()) {
-      vspd::Reply reply;
-      ok = Exchange(found->second, vspd::CloseRequest{}, timeout_, &reply) == Outcome::kAnswered &&
-           std::holds_alternative<vspd::CloseReply>(reply);
+      wire::Reply reply;
+      ok = Exchange(found->second, wire::CloseRequest{}, timeout_, &reply) == Outcome::kAnswered &&
+           std::holds_alternative<wire::CloseReply>(reply);
     }
     connections_.erase(found);
     return ok;
@@ -204,13 +204,13 @@ std::optional<std::string> QueryVspdStatus(const std::string& socket_path,
                                            std::chrono::milliseconds answer_timeout) {
   const Fd fd = ConnectTo(socket_path);
   if (!fd) return std::nullopt;
-  vspd::Reply reply;
-  if (Exchange(fd, vspd::StatusRequest{}, answer_timeout, &reply) != Outcome::kAnswered) {
+  wire::Reply reply;
+  if (Exchange(fd, wire::StatusRequest{}, answer_timeout, &reply) != Outcome::kAnswered) {
     return std::nullopt;
   }
   std::string document;
   for (;;) {
-    auto* status = std::get_if<vspd::StatusReply>(&reply);
+    auto* status = std::get_if<wire::StatusReply>(&reply);
     if (status == nullptr) return std::nullopt;
     document += status->json;
     if (!status->more) return document;

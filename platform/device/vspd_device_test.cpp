@@ -28,7 +28,7 @@ using Bytes = std::vector<std::uint8_t>;
 // `answer` returns; an empty answer means silence.
 class FakeDaemon {
  public:
-  using Answer = std::function<Bytes(const std::optional<vspd::Request>&)>;
+  using Answer = std::function<Bytes(const std::optional<wire::Request>&)>;
 
   explicit FakeDaemon(Answer answer) : answer_(std::move(answer)) {
     path_ = ::testing::TempDir() + "vspd-fake-" + std::to_string(::getpid()) + ".sock";
@@ -47,18 +47,18 @@ class FakeDaemon {
     ::unlink(path_.c_str());
   }
   const std::string& path() const { return path_; }
-  std::vector<vspd::Request> seen;
+  std::vector<wire::Request> seen;
 
  private:
   void Serve() {
     net::Fd connection(::accept(listener_.get(), nullptr, nullptr));
     if (!connection) return;
-    std::vector<std::uint8_t> buffer(vspd::kMaxMessageSize);
+    std::vector<std::uint8_t> buffer(wire::kMaxMessageSize);
     for (;;) {
       const ssize_t size = ::recv(connection.get(), buffer.data(), buffer.size(), 0);
       if (size <= 0) return;
-      vspd::ParseError error = vspd::ParseError::kNone;
-      auto request = vspd::ParseRequest(std::span(buffer.data(), size), &error);
+      wire::ParseError error = wire::ParseError::kNone;
+      auto request = wire::ParseRequest(std::span(buffer.data(), size), &error);
       if (request) seen.push_back(*request);
       const Bytes reply = answer_(request);
       if (!reply.empty()) ::send(connection.get(), reply.data(), reply.size(), MSG_NOSIGNAL);
@@ -71,17 +71,17 @@ class FakeDaemon {
   std::thread thread_;
 };
 
-Bytes Healthy(const std::optional<vspd::Request>& request) {
-  if (!request) return vspd::EncodeReply(vspd::Refusal{vspd::kErrorInvalidParameter, "bad"});
-  if (std::holds_alternative<vspd::OpenRequest>(*request)) {
-    return vspd::EncodeReply(vspd::OpenReply{0});
+Bytes Healthy(const std::optional<wire::Request>& request) {
+  if (!request) return wire::EncodeReply(wire::ErrorReply{wire::kErrorInvalidParameter, "bad"});
+  if (std::holds_alternative<wire::OpenRequest>(*request)) {
+    return wire::EncodeReply(wire::OpenReply{0});
   }
-  if (const auto* ioctl = std::get_if<vspd::IoctlRequest>(&*request)) {
-    vspd::Record out = ioctl->input;
+  if (const auto* ioctl = std::get_if<wire::IoctlRequest>(&*request)) {
+    wire::Record out = ioctl->input;
     out[11] = 112;
-    return vspd::EncodeReply(vspd::IoctlReply{0, out});
+    return wire::EncodeReply(wire::IoctlReply{0, out});
   }
-  return vspd::EncodeReply(vspd::CloseReply{0});
+  return wire::EncodeReply(wire::CloseReply{0});
 }
 
 const std::uint8_t kInput[12] = {0x7F, 0, 0, 1, 0xBB, 0x0B, 0xB8, 0x0B, 1, 0x13, 0x11, 0};
@@ -110,20 +110,20 @@ TEST(VspdDeviceTest, FailuresByWayOfTheDaemon) {
     bool call_ok;
     std::uint8_t status;  // when the call succeeds
   };
-  const auto refuse_open = [](const std::optional<vspd::Request>& r) {
-    return std::holds_alternative<vspd::OpenRequest>(*r)
-               ? vspd::EncodeReply(vspd::OpenReply{vspd::kErrorFileNotFound})
+  const auto refuse_open = [](const std::optional<wire::Request>& r) {
+    return std::holds_alternative<wire::OpenRequest>(*r)
+               ? wire::EncodeReply(wire::OpenReply{wire::kErrorFileNotFound})
                : Healthy(r);
   };
-  const auto silent_call = [](const std::optional<vspd::Request>& r) {
-    return std::holds_alternative<vspd::IoctlRequest>(*r) ? Bytes{} : Healthy(r);
+  const auto silent_call = [](const std::optional<wire::Request>& r) {
+    return std::holds_alternative<wire::IoctlRequest>(*r) ? Bytes{} : Healthy(r);
   };
-  const auto garbage_call = [](const std::optional<vspd::Request>& r) {
-    return std::holds_alternative<vspd::IoctlRequest>(*r) ? Bytes{1, 2, 3} : Healthy(r);
+  const auto garbage_call = [](const std::optional<wire::Request>& r) {
+    return std::holds_alternative<wire::IoctlRequest>(*r) ? Bytes{1, 2, 3} : Healthy(r);
   };
-  const auto error_call = [](const std::optional<vspd::Request>& r) {
-    return std::holds_alternative<vspd::IoctlRequest>(*r)
-               ? vspd::EncodeReply(vspd::IoctlReply{vspd::kErrorInvalidFunction, {}})
+  const auto error_call = [](const std::optional<wire::Request>& r) {
+    return std::holds_alternative<wire::IoctlRequest>(*r)
+               ? wire::EncodeReply(wire::IoctlReply{wire::kErrorInvalidFunction, {}})
                : Healthy(r);
   };
   const std::vector<Case> cases = {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace ketra::device::vspd {
+namespace ketra::device::wire {
 namespace {
 
 enum Kind : std::uint8_t {
@@ -130,7 +130,7 @@ std::vector<std::uint8_t> EncodeReply(const Reply& reply) {
     out = Header(status->more ? kStatusPiece : kStatusReply);
     PutText(out, status->json);
   } else {
-    const auto& refusal = std::get<Refusal>(reply);
+    const auto& refusal = std::get<ErrorReply>(reply);
     out = Header(kRefused);
     PutU32(out, refusal.error);
     PutText(out, refusal.reason);
@@ -189,7 +189,7 @@ std::optional<Reply> ParseReply(std::span<const std::uint8_t> message, ParseErro
         return Fail<Reply>(error, ParseError::kBadLength);
       }
       if (!AllPrintable(payload.subspan(4), true)) return Fail<Reply>(error, ParseError::kBadText);
-      return Refusal{GetU32(payload), std::string(payload.begin() + 4, payload.end())};
+      return ErrorReply{GetU32(payload), std::string(payload.begin() + 4, payload.end())};
     default:
       return Fail<Reply>(error, ParseError::kUnknownKind);
   }
@@ -218,4 +218,4 @@ std::optional<DevicePath> ParseDevicePath(std::string_view path) {
   return result;
 }
 
-}  // namespace ketra::device::vspd
+}  // namespace ketra::device::wire

@@ -29,12 +29,14 @@
 #include <variant>
 #include <vector>
 
-namespace ketra::device::vspd {
+#include "platform/device/driver_contract.h"
+
+namespace ketra::device::wire {
 
 inline constexpr std::uint8_t kMagic = 0x4B;
 inline constexpr std::uint8_t kVersion = 1;
 inline constexpr std::size_t kHeaderSize = 4;
-inline constexpr std::size_t kRecordSize = 12;
+using ::ketra::device::kRecordSize;
 inline constexpr std::size_t kMaxPathLength = 260;
 inline constexpr std::size_t kMaxReasonLength = 200;
 inline constexpr std::size_t kMaxStatusText = 1 << 20;
@@ -52,7 +54,7 @@ inline constexpr std::uint32_t kErrorInvalidHandle = 6;
 inline constexpr std::uint32_t kErrorInvalidParameter = 87;
 inline constexpr std::uint32_t kErrorInvalidName = 123;
 
-using Record = std::array<std::uint8_t, kRecordSize>;
+using ::ketra::device::Record;
 
 struct OpenRequest {
   std::string path;
@@ -89,12 +91,12 @@ struct StatusReply {
   bool more = false;  // a piece: the document goes on in the next message
   friend bool operator==(const StatusReply&, const StatusReply&) = default;
 };
-struct Refusal {
+struct ErrorReply {
   std::uint32_t error = 0;
   std::string reason;
-  friend bool operator==(const Refusal&, const Refusal&) = default;
+  friend bool operator==(const ErrorReply&, const ErrorReply&) = default;
 };
-using Reply = std::variant<OpenReply, IoctlReply, CloseReply, StatusReply, Refusal>;
+using Reply = std::variant<OpenReply, IoctlReply, CloseReply, StatusReply, ErrorReply>;
 
 enum class ParseError {
   kNone,
@@ -127,6 +129,6 @@ struct DevicePath {
 std::optional<DevicePath> ParseDevicePath(std::string_view path);
 bool IsValidPortName(std::string_view name);
 
-}  // namespace ketra::device::vspd
+}  // namespace ketra::device::wire
 
 #endif  // KETRA_PLATFORM_DEVICE_VSPD_PROTOCOL_H_

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ketra::device::vspd {
+namespace ketra::device::wire {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -43,9 +43,9 @@ TEST(VspdProtocolTest, RepliesSurviveTheRoundTrip) {
   Record out{};
   out[11] = 112;
   const std::vector<Reply> replies = {
-      OpenReply{0},   OpenReply{kErrorFileNotFound}, IoctlReply{0, out},
-      CloseReply{0},  StatusReply{"{\"ports\":[]}"}, Refusal{kErrorInvalidParameter, "bad"},
-      Refusal{1, ""},
+      OpenReply{0},      OpenReply{kErrorFileNotFound}, IoctlReply{0, out},
+      CloseReply{0},     StatusReply{"{\"ports\":[]}"}, ErrorReply{kErrorInvalidParameter, "bad"},
+      ErrorReply{1, ""},
   };
   for (const auto& reply : replies) {
     ParseError error = ParseError::kNone;
@@ -137,4 +137,4 @@ TEST(VspdProtocolTest, DevicePaths) {
 }
 
 }  // namespace
-}  // namespace ketra::device::vspd
+}  // namespace ketra::device::wire

@@ -1,8 +1,9 @@
 // The tree of keys and values that every registry in this layer works on: the whole of the
-// MemoryRegistry, and for SqliteHive the copy of those keys of the file that the program has
-// used (a key's values and its list of subkeys are each read from the file when first needed,
-// and marked unknown until then). Keys are found by id; names are folded to upper case (ASCII
-// letters only) for comparison and kept as created for display. Plain data, not thread-safe.
+// memory registry (MakeMemoryRegistry), and for the hive that OpenSqliteHive opens the copy of
+// those keys of the file that the program has used (a key's values and its list of subkeys are
+// each read from the file when first needed, and marked unknown until then). Keys are found by
+// id; names are folded to upper case (ASCII letters only) for comparison and kept as created for
+// display. Plain data, not thread-safe.
 #ifndef KETRA_PLATFORM_REGISTRY_HIVE_MODEL_H_
 #define KETRA_PLATFORM_REGISTRY_HIVE_MODEL_H_
 

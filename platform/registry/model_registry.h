@@ -1,10 +1,10 @@
 // The Registry calls, handles and name rules over a HiveModel, shared by the memory registry and
 // the hive file. Where the keys last is the business of a HiveStore: none for the memory
-// registry, the SQLite file for SqliteHive. The model is the store's cache of what this program
-// used: a key is read when first opened, its subkeys one by one as they are looked up (all of
-// them for a listing), so a start costs what it reads whatever else the store holds. Every
-// write goes to the store first and reaches the model only when the store took it.
-// Owns its store; one thread at a time.
+// registry (memory_registry.h), the SQLite file for the hive (SqliteStore in sqlite_hive.cpp).
+// The model is the store's cache of what this program used: a key is read when first opened, its
+// subkeys one by one as they are looked up (all of them for a listing), so a start costs what it
+// reads whatever else the store holds. Every write goes to the store first and reaches the model
+// only when the store took it. Owns its store; one thread at a time.
 #ifndef KETRA_PLATFORM_REGISTRY_MODEL_REGISTRY_H_
 #define KETRA_PLATFORM_REGISTRY_MODEL_REGISTRY_H_
 

@@ -8,9 +8,11 @@
 // one; a trailing backslash or a doubled one inside is taken as the platform takes it (dropped,
 // read as one). Status codes are the platform's error numbers.
 //
-// Implementations: SqliteHive (a hive file shared between processes), MemoryRegistry (a fake for
-// tests) and FaultyRegistry (a wrapper that injects failures). One instance is used from one
-// thread at a time; separate instances on one hive file may live in separate processes.
+// Implementations: OpenSqliteHive (sqlite_hive.h, a hive file shared between processes),
+// MakeMemoryRegistry (memory_registry.h, a fake for tests) and FaultyRegistry (faulty_registry.h,
+// a wrapper that injects failures); the first two are a ModelRegistry (model_registry.h) over
+// their store. One instance is used from one thread at a time; separate instances on one hive
+// file may live in separate processes.
 #ifndef KETRA_PLATFORM_REGISTRY_REGISTRY_H_
 #define KETRA_PLATFORM_REGISTRY_REGISTRY_H_
 
