@@ -31,7 +31,7 @@ sockaddr_un UnixAddress(const std::string& path) {
 
 // Whether a daemon answers at `path` now.
 bool SomeoneListens(const sockaddr_un& address) {
-  net::Fd probe(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+  runtime::Fd probe(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
   return probe &&
          ::connect(probe.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
 }
@@ -96,7 +96,7 @@ ControlServer::ControlServer(EventLoop& loop, std::string socket_path, const std
     }
   }
   ::unlink(bound_path_.c_str());  // left by a daemon of this pid that was killed
-  listener_ = net::Fd(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+  listener_ = runtime::Fd(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
   if (!listener_) throw std::runtime_error(std::string("socket: ") + std::strerror(errno));
   // The file gets 0660 from the start: no moment in which anyone else could connect.
   const mode_t old_mask = ::umask(0117);
@@ -141,7 +141,7 @@ void ControlServer::Publish() {
 
 void ControlServer::OnAccept() {
   for (;;) {
-    net::Fd fd(::accept4(listener_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+    runtime::Fd fd(::accept4(listener_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
     if (!fd) return;
     const std::string peer = PeerOf(fd.get());
     if (connections_.size() >= kMaxConnections + kStatusSlots) {

@@ -28,7 +28,7 @@
 #include "daemon/event_loop.h"
 #include "daemon/port.h"
 #include "platform/device/vspd_protocol.h"
-#include "platform/net/fd.h"
+#include "platform/runtime/fd.h"
 
 namespace ketra::vspd {
 
@@ -72,7 +72,7 @@ class ControlServer {
 
  private:
   struct Connection {
-    net::Fd fd;
+    runtime::Fd fd;
     EventLoop::WatchId watch = 0;
     std::string peer;  // "pid P uid U", for the log
     std::optional<wire::DevicePath> device;
@@ -96,7 +96,7 @@ class ControlServer {
   std::string socket_path_;
   std::string bound_path_;  // where the socket file is now: the temporary name until Publish
   PortDirectory& ports_;
-  net::Fd listener_;
+  runtime::Fd listener_;
   EventLoop::WatchId listener_watch_ = 0;
   std::map<std::uint64_t, Connection> connections_;
   std::uint64_t next_connection_ = 1;

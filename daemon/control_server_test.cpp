@@ -103,7 +103,7 @@ class ControlServerTest : public ::testing::Test, public PortDirectory {
 
   // Sends raw bytes on a fresh connection; the reply, or nullopt when none came.
   std::optional<device::wire::Reply> Raw(const std::vector<Bytes>& messages) {
-    net::Fd fd(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+    runtime::Fd fd(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::strncpy(address.sun_path, socket_path_.c_str(), sizeof address.sun_path - 1);
@@ -246,7 +246,7 @@ TEST_F(ControlServerTest, ASecondServerOnALiveSocketIsRefused) {
 TEST(ControlServerStaleTest, AStaleSocketFileIsReplaced) {
   const std::string path = ::testing::TempDir() + "stale-" + std::to_string(::getpid()) + ".sock";
   {
-    net::Fd fd(::socket(AF_UNIX, SOCK_SEQPACKET, 0));
+    runtime::Fd fd(::socket(AF_UNIX, SOCK_SEQPACKET, 0));
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
@@ -265,10 +265,10 @@ TEST(ControlServerStaleTest, AStaleSocketFileIsReplaced) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
-    net::Fd early(::socket(AF_UNIX, SOCK_SEQPACKET, 0));
+    runtime::Fd early(::socket(AF_UNIX, SOCK_SEQPACKET, 0));
     EXPECT_NE(::connect(early.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
     server.Publish();
-    net::Fd client(::socket(AF_UNIX, SOCK_SEQPACKET, 0));
+    runtime::Fd client(::socket(AF_UNIX, SOCK_SEQPACKET, 0));
     EXPECT_EQ(::connect(client.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
     struct stat info {};
     ASSERT_EQ(::stat(path.c_str(), &info), 0);

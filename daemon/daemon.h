@@ -31,8 +31,8 @@
 #include "daemon/open_watch.h"
 #include "daemon/port.h"
 #include "daemon/service_manager.h"
-#include "platform/net/fd.h"
 #include "platform/registry/registry.h"
+#include "platform/runtime/fd.h"
 
 namespace ketra::vspd {
 
@@ -68,10 +68,10 @@ class Daemon final : public PortDirectory {
   DaemonConfig config_;
   registry::Registry& registry_;
   ServiceManager& service_;
-  net::Fd hive_lock_;
+  runtime::Fd hive_lock_;
   EventLoop loop_;
-  net::Fd signals_;
-  net::Fd timer_;
+  runtime::Fd signals_;
+  runtime::Fd timer_;
   OpenWatch open_watch_{loop_};
   std::vector<std::unique_ptr<VirtualPort>> ports_;
   std::unique_ptr<ControlServer> control_;

@@ -1,6 +1,5 @@
 #include <fcntl.h>
 #include <signal.h>
-#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/signalfd.h>
 #include <sys/stat.h>
@@ -21,6 +20,7 @@
 #include "daemon/status_report.h"
 #include "platform/device/device.h"
 #include "platform/runtime/conversion_error.h"
+#include "platform/runtime/lock_file.h"
 
 namespace ketra::vspd {
 namespace {
@@ -52,12 +52,11 @@ void RaiseDescriptorLimit(std::size_t ports) {
   ::setrlimit(RLIMIT_NOFILE, &limit);
 }
 
-net::Fd LockHive(const std::string& hive) {
+runtime::Fd LockHive(const std::string& hive) {
   const std::string path = hive + ".vspd-lock";
-  net::Fd fd(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0660));
+  runtime::Fd fd = runtime::OpenLockFile(path);
   if (!fd) throw std::runtime_error("cannot open " + path + ": " + std::strerror(errno));
-  ::fchmod(fd.get(), 0660);  // the group's, as the hive is, whatever the umask
-  if (::flock(fd.get(), LOCK_EX | LOCK_NB) != 0) {
+  if (!runtime::TryLockFile(fd)) {
     throw std::runtime_error("another daemon serves the hive " + hive + " (lock " + path + ")");
   }
   return fd;
@@ -105,11 +104,11 @@ Daemon::Daemon(const DaemonConfig& config, registry::Registry& registry, Service
     : config_(config), registry_(registry), service_(service), hive_lock_(LockHive(config.hive)) {
   RaiseDescriptorLimit(config_.ports.size());
   const sigset_t set = DaemonSignals();
-  signals_ = net::Fd(::signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC));
+  signals_ = runtime::Fd(::signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC));
   if (!signals_) throw std::runtime_error(std::string("signalfd: ") + std::strerror(errno));
   loop_.Add(signals_.get(), kReadable, [this](std::uint32_t) { OnSignal(); });
 
-  timer_ = net::Fd(::timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
+  timer_ = runtime::Fd(::timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
   if (!timer_) throw std::runtime_error(std::string("timerfd: ") + std::strerror(errno));
   itimerspec every_second{};
   every_second.it_interval.tv_sec = 1;
@@ -126,13 +125,13 @@ Daemon::Daemon(const DaemonConfig& config, registry::Registry& registry, Service
   options.bind_address = config_.bind_address;
   options.max_datagram = config_.max_datagram;
   // What the service manager kept across a restart.
-  std::map<std::string, net::Fd> handed;
+  std::map<std::string, runtime::Fd> handed;
   for (auto& [name, fd] : service_.TakeHanded()) handed[name] = std::move(fd);
   for (const std::string& name : config_.ports) {
     std::unique_ptr<PortIo> io;
     std::optional<PortSettings> resumed;
     if (auto master = handed.extract(PtyName(name))) {
-      net::Fd socket;
+      runtime::Fd socket;
       for (auto it = handed.begin(); it != handed.end(); ++it) {
         const auto parsed = ParseSocketName(it->first);
         if (parsed && parsed->first == name) {
@@ -221,7 +220,7 @@ void Daemon::KeepInStore(VirtualPort& port) {
   }
   if (!port.connected()) return;
   const std::string name = SocketName(port.name(), *port.settings());
-  const net::Fd socket = port.io().DuplicateSocket();
+  const runtime::Fd socket = port.io().DuplicateSocket();
   const int fd = socket.get();
   if (socket && service_.Store(name, std::span(&fd, 1))) {
     stored_sockets_[port.name()] = name;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/registry/scoped_key.h"
+
 namespace ketra::vspd {
 namespace {
 
@@ -15,22 +17,6 @@ bool StartsWithNoCase(std::string_view text, std::string_view prefix) {
          });
 }
 
-// Closes a key on every way out.
-class OpenKey {
- public:
-  OpenKey(registry::Registry& registry, HKey key) : registry_(registry), key_(key) {}
-  OpenKey(const OpenKey&) = delete;
-  OpenKey& operator=(const OpenKey&) = delete;
-  ~OpenKey() {
-    if (key_ != 0) registry_.CloseKey(key_);
-  }
-  HKey get() const { return key_; }
-
- private:
-  registry::Registry& registry_;
-  HKey key_;
-};
-
 }  // namespace
 
 bool DeviceMap::Publish(const std::vector<std::string>& port_names, std::string* problem) {
@@ -39,7 +25,7 @@ bool DeviceMap::Publish(const std::vector<std::string>& port_names, std::string*
   const registry::Status created =
       registry_.CreateKeyEx(registry::kHKeyLocalMachine, kSerialCommKey, 0,
                             registry::kKeyRead | registry::kKeyWrite, &raw, &disposition);
-  const OpenKey key(registry_, raw);
+  const registry::ScopedKey key(registry_, raw);
   if (created != registry::kErrorSuccess || raw == 0) {
     *problem = "cannot create HKEY_LOCAL_MACHINE\\" + std::string(kSerialCommKey) + " (status " +
                std::to_string(created) + ")";
@@ -78,7 +64,7 @@ bool DeviceMap::Withdraw() {
   HKey raw = 0;
   const registry::Status opened = registry_.OpenKeyEx(registry::kHKeyLocalMachine, kSerialCommKey,
                                                       0, registry::kKeyWrite, &raw);
-  const OpenKey key(registry_, raw);
+  const registry::ScopedKey key(registry_, raw);
   bool all = opened == registry::kErrorSuccess;
   if (all) {
     for (const std::string& name : written_) {

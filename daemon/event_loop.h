@@ -10,7 +10,7 @@
 #include <functional>
 #include <unordered_map>
 
-#include "platform/net/fd.h"
+#include "platform/runtime/fd.h"
 
 namespace ketra::vspd {
 
@@ -57,7 +57,7 @@ class EventLoop final : public Poller {
     std::uint32_t events;
     Callback callback;
   };
-  net::Fd epoll_;
+  runtime::Fd epoll_;
   std::unordered_map<WatchId, Watch> watches_;
   WatchId next_id_ = 1;
 };

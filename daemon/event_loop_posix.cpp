@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <system_error>
 
 namespace ketra::vspd {
@@ -54,7 +55,10 @@ int EventLoop::RunOnce(int timeout_ms) {
   }
   int ran = 0;
   for (int i = 0; i < ready; ++i) {
-    const auto found = watches_.find(events[i].data.u64);
+    // epoll_event is packed: its 64-bit data may sit unaligned, so it is copied out before a
+    // reference to it is taken.
+    const std::uint64_t id = events[i].data.u64;
+    const auto found = watches_.find(id);
     if (found == watches_.end()) continue;  // removed by an earlier callback of this batch
     // A copy, so that the callback may remove its own watch.
     const Callback callback = found->second.callback;

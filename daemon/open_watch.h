@@ -11,7 +11,7 @@
 #include <string>
 
 #include "daemon/event_loop.h"
-#include "platform/net/fd.h"
+#include "platform/runtime/fd.h"
 
 namespace ketra::vspd {
 
@@ -30,7 +30,7 @@ class OpenWatch {
   void OnEvents();
 
   Poller& poller_;
-  net::Fd inotify_;
+  runtime::Fd inotify_;
   Poller::WatchId watch_ = 0;
   std::map<int, std::function<void()>> callbacks_;  // by inotify watch descriptor
 };

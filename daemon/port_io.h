@@ -14,8 +14,8 @@
 #include <span>
 #include <string>
 
-#include "platform/net/fd.h"
 #include "platform/net/udp_socket.h"
+#include "platform/runtime/fd.h"
 
 namespace ketra::vspd {
 
@@ -59,15 +59,15 @@ class PortIo {
                            std::uint32_t* dropped) = 0;
 
   // --- Handing over across a restart: the descriptors themselves.
-  virtual net::Fd DuplicatePty() const = 0;
-  virtual net::Fd DuplicateSocket() const = 0;
+  virtual runtime::Fd DuplicatePty() const = 0;
+  virtual runtime::Fd DuplicateSocket() const = 0;
 };
 
 // The real port: a new pty (raw, 115200 bits/s, mode 0660, group `group` when it can be given;
 // *warning says when it cannot), or the master handed back by the service manager.
 // Throws std::system_error when no pty can be had.
 std::unique_ptr<PortIo> OpenPosixPortIo(const std::string& group, std::string* warning);
-std::unique_ptr<PortIo> AdoptPosixPortIo(net::Fd master, net::Fd socket);
+std::unique_ptr<PortIo> AdoptPosixPortIo(runtime::Fd master, runtime::Fd socket);
 
 }  // namespace ketra::vspd
 

@@ -109,8 +109,8 @@ class FakePortIo final : public PortIo {
     *dropped = kernel_dropped;
     return static_cast<long>(size);
   }
-  net::Fd DuplicatePty() const override { return net::Fd(); }
-  net::Fd DuplicateSocket() const override { return net::Fd(); }
+  runtime::Fd DuplicatePty() const override { return runtime::Fd(); }
+  runtime::Fd DuplicateSocket() const override { return runtime::Fd(); }
 
  private:
   std::optional<int> TakeFailure(Call call) {

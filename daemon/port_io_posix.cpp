@@ -26,8 +26,8 @@ std::string SlavePath(int master) {
   return name;
 }
 
-net::Fd OpenSlave(const std::string& path) {
-  return net::Fd(::open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK));
+runtime::Fd OpenSlave(const std::string& path) {
+  return runtime::Fd(::open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK));
 }
 
 // The daemon holds no descriptor of the slave: the master then reports a hang-up (EPOLLHUP, and
@@ -36,7 +36,7 @@ net::Fd OpenSlave(const std::string& path) {
 // whether the device is held is then asked of the master again.
 class PosixPortIo final : public PortIo {
  public:
-  PosixPortIo(net::Fd master, net::UdpSocket socket)
+  PosixPortIo(runtime::Fd master, net::UdpSocket socket)
       : master_(std::move(master)),
         slave_path_(SlavePath(master_.get())),
         socket_(std::move(socket)) {
@@ -61,7 +61,7 @@ class PosixPortIo final : public PortIo {
   std::string Freshen() override {
     // Opening the slave for a moment is the only way to reach its state; the program that
     // opens next cannot be refused for it, as the kernel counts openers, not this descriptor.
-    const net::Fd slave = OpenSlave(slave_path_);
+    const runtime::Fd slave = OpenSlave(slave_path_);
     if (!slave) {
       return "cannot reopen " + slave_path_ + " to reset it: " + std::strerror(errno);
     }
@@ -104,18 +104,19 @@ class PosixPortIo final : public PortIo {
     return socket_.ReceiveFrom(buffer, from, dropped);
   }
 
-  net::Fd DuplicatePty() const override {
-    return net::Fd(::fcntl(master_.get(), F_DUPFD_CLOEXEC, 3));
+  runtime::Fd DuplicatePty() const override {
+    return runtime::Fd(::fcntl(master_.get(), F_DUPFD_CLOEXEC, 3));
   }
-  net::Fd DuplicateSocket() const override {
-    return socket_.is_open() ? net::Fd(::fcntl(socket_.fd(), F_DUPFD_CLOEXEC, 3)) : net::Fd();
+  runtime::Fd DuplicateSocket() const override {
+    return socket_.is_open() ? runtime::Fd(::fcntl(socket_.fd(), F_DUPFD_CLOEXEC, 3))
+                             : runtime::Fd();
   }
 
  private:
   static constexpr cc_t kDefaultStart = 0x11;  // ^Q
   static constexpr cc_t kDefaultStop = 0x13;   // ^S
 
-  net::Fd master_;
+  runtime::Fd master_;
   std::string slave_path_;
   net::UdpSocket socket_;
 };
@@ -123,14 +124,14 @@ class PosixPortIo final : public PortIo {
 }  // namespace
 
 std::unique_ptr<PortIo> OpenPosixPortIo(const std::string& group, std::string* warning) {
-  net::Fd master(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK));
+  runtime::Fd master(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK));
   if (!master) Throw("posix_openpt");
   if (::grantpt(master.get()) != 0) Throw("grantpt");
   if (::unlockpt(master.get()) != 0) Throw("unlockpt");
   const std::string path = SlavePath(master.get());
   // The slave is opened once to set it up and closed again: from then on the master's hang-up
   // says that no program holds it.
-  const net::Fd slave = OpenSlave(path);
+  const runtime::Fd slave = OpenSlave(path);
   if (!slave) Throw("open pty slave");
 
   termios settings{};
@@ -158,7 +159,7 @@ std::unique_ptr<PortIo> OpenPosixPortIo(const std::string& group, std::string* w
   return std::make_unique<PosixPortIo>(std::move(master), net::UdpSocket());
 }
 
-std::unique_ptr<PortIo> AdoptPosixPortIo(net::Fd master, net::Fd socket) {
+std::unique_ptr<PortIo> AdoptPosixPortIo(runtime::Fd master, runtime::Fd socket) {
   ::fcntl(master.get(), F_SETFL, ::fcntl(master.get(), F_GETFL) | O_NONBLOCK);
   if (socket) ::fcntl(socket.get(), F_SETFL, ::fcntl(socket.get(), F_GETFL) | O_NONBLOCK);
   return std::make_unique<PosixPortIo>(std::move(master), net::UdpSocket(std::move(socket)));

@@ -28,7 +28,7 @@ struct PosixHarness {
     return OpenPosixPortIo("", &warning);
   }
   void Open(PortIo& io) {
-    program = net::Fd(::open(io.pty_path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));
+    program = runtime::Fd(::open(io.pty_path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));
     ASSERT_TRUE(program.valid());
   }
   void Write(PortIo&, const Bytes& bytes) {
@@ -42,7 +42,7 @@ struct PosixHarness {
     return buffer;
   }
   void Close(PortIo&) { program.Reset(); }
-  net::Fd program;
+  runtime::Fd program;
 };
 
 struct FakeHarness {
@@ -111,7 +111,7 @@ TEST(PosixPortIoTest, TheNextProgramFindsAFreshPortWithItsSpeedAndModes) {
   std::string warning;
   const auto io = OpenPosixPortIo("", &warning);
   {
-    const net::Fd program(::open(io->pty_path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));
+    const runtime::Fd program(::open(io->pty_path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));
     ASSERT_TRUE(program.valid());
     termios settings{};
     ASSERT_EQ(::tcgetattr(program.get(), &settings), 0);
@@ -128,7 +128,7 @@ TEST(PosixPortIoTest, TheNextProgramFindsAFreshPortWithItsSpeedAndModes) {
   ASSERT_FALSE(io->Held());
   EXPECT_EQ(io->Freshen(), "");
 
-  const net::Fd next(::open(io->pty_path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));
+  const runtime::Fd next(::open(io->pty_path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));
   ASSERT_TRUE(next.valid());
   int exclusive = 1;
   ASSERT_EQ(::ioctl(next.get(), TIOCGEXCL, &exclusive), 0);

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "daemon/port_link.h"
+#include "platform/runtime/directories.h"
 
 namespace ketra::vspd {
 namespace {
@@ -59,12 +60,9 @@ void PortLink::Remove() {
 
 void EnsureDirectory(const std::string& directory, mode_t mode) {
   if (directory.empty()) throw std::runtime_error("empty directory name");
-  for (std::size_t slash = directory.find('/', 1);; slash = directory.find('/', slash + 1)) {
-    const std::string prefix = directory.substr(0, slash);
-    if (::mkdir(prefix.c_str(), slash == std::string::npos ? mode : 0755) != 0 && errno != EEXIST) {
-      throw std::runtime_error("cannot make " + prefix + ": " + std::strerror(errno));
-    }
-    if (slash == std::string::npos) break;
+  std::string failed;
+  if (const int error = runtime::MakeDirectories(directory, mode, &failed); error != 0) {
+    throw std::runtime_error("cannot make " + failed + ": " + std::strerror(error));
   }
   struct stat info {};
   if (::stat(directory.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) {

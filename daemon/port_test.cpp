@@ -331,7 +331,7 @@ TEST(PortLinkTest, TheLinkFollowsThePortAndNeverClobbers) {
   EXPECT_NE(::lstat(link.c_str(), &info), 0) << "link left behind";
 
   const std::string file = directory + "/deeper/COM8";
-  net::Fd(::open(file.c_str(), O_CREAT | O_WRONLY, 0600));
+  runtime::Fd(::open(file.c_str(), O_CREAT | O_WRONLY, 0600));
   EXPECT_THROW(VirtualPort(poller, "COM8", std::make_unique<FakePortIo>(), options),
                std::runtime_error);
   EXPECT_EQ(::lstat(file.c_str(), &info), 0) << "a file not ours was removed";

@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/net/fd.h"
+#include "platform/runtime/fd.h"
 
 namespace ketra::vspd {
 
@@ -30,7 +30,7 @@ class ServiceManager {
   virtual bool Store(const std::string& name, std::span<const int> fds) = 0;
   virtual void Remove(const std::string& name) = 0;
   // The descriptors handed over at start, each with its name; the caller owns them. Once.
-  virtual std::vector<std::pair<std::string, net::Fd>> TakeHanded() = 0;
+  virtual std::vector<std::pair<std::string, runtime::Fd>> TakeHanded() = 0;
 };
 
 std::unique_ptr<ServiceManager> MakeSystemdServiceManager();

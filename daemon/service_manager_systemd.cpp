@@ -20,14 +20,14 @@ class SystemdServiceManager final : public ServiceManager {
   void Remove(const std::string& name) override {
     ::sd_notify(0, ("FDSTOREREMOVE=1\nFDNAME=" + name).c_str());
   }
-  std::vector<std::pair<std::string, net::Fd>> TakeHanded() override {
+  std::vector<std::pair<std::string, runtime::Fd>> TakeHanded() override {
     char** names = nullptr;
     // Unsets LISTEN_* so that nothing the daemon starts mistakes them for its own.
     const int count = ::sd_listen_fds_with_names(1, &names);
-    std::vector<std::pair<std::string, net::Fd>> handed;
+    std::vector<std::pair<std::string, runtime::Fd>> handed;
     for (int i = 0; i < count; ++i) {
       handed.emplace_back(names != nullptr && names[i] != nullptr ? names[i] : "",
-                          net::Fd(SD_LISTEN_FDS_START + i));
+                          runtime::Fd(SD_LISTEN_FDS_START + i));
     }
     if (names != nullptr) {
       for (int i = 0; i < count; ++i) std::free(names[i]);

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <map>
 #include <utility>
@@ -12,13 +13,13 @@
 
 #include "platform/device/vspd_device.h"
 #include "platform/device/vspd_protocol.h"
-#include "platform/net/fd.h"
 #include "platform/runtime/build_info.h"
+#include "platform/runtime/fd.h"
 
 namespace ketra::device {
 namespace {
 
-using net::Fd;
+using runtime::Fd;
 
 // The daemon is trusted when it runs as root, as the service user or as this user; a socket
 // served by anyone else could be a stranger's trap for what the panel sends.
@@ -118,8 +119,18 @@ class VspdDevice final : public DeviceIo {
   Handle CreateFile(std::string_view path, std::uint32_t, std::uint32_t, const SecurityAttributes*,
                     std::uint32_t, std::uint32_t, Handle) override {
     if (path.empty() || path.size() > wire::kMaxPathLength) return kInvalidHandleValue;
-    Fd fd = ConnectTo(socket_path_);
-    if (!fd) return kInvalidHandleValue;
+    std::string problem;
+    Fd fd = ConnectTo(socket_path_, &problem);
+    if (!fd) {
+      // The panel shows only "Unable to open handle"; a user who is refused (not in the group,
+      // or a daemon not trusted) is told why once, on standard error.
+      if (problem.rfind("no daemon answers", 0) != 0 && !told_) {
+        told_ = true;
+        const std::string line = std::string(program_invocation_short_name) + ": " + problem + "\n";
+        std::fwrite(line.data(), 1, line.size(), stderr);
+      }
+      return kInvalidHandleValue;
+    }
     wire::Reply reply;
     if (Exchange(fd, wire::OpenRequest{std::string(path)}, timeout_, &reply) !=
         Outcome::kAnswered) {
@@ -184,6 +195,7 @@ class VspdDevice final : public DeviceIo {
 
  private:
   std::string socket_path_;
+  bool told_ = false;  // a refusal was written on standard error
   std::chrono::milliseconds timeout_;
   std::map<Handle, Fd> connections_;
   Handle next_handle_ = 1;

@@ -16,7 +16,7 @@
 
 #include "platform/device/vspd_protocol.h"
 #include "platform/device/vspd_socket_path.h"
-#include "platform/net/fd.h"
+#include "platform/runtime/fd.h"
 
 namespace ketra::device {
 namespace {
@@ -33,7 +33,7 @@ class FakeDaemon {
   explicit FakeDaemon(Answer answer) : answer_(std::move(answer)) {
     path_ = ::testing::TempDir() + "vspd-fake-" + std::to_string(::getpid()) + ".sock";
     ::unlink(path_.c_str());
-    listener_ = net::Fd(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+    listener_ = runtime::Fd(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::strncpy(address.sun_path, path_.c_str(), sizeof address.sun_path - 1);
@@ -51,7 +51,7 @@ class FakeDaemon {
 
  private:
   void Serve() {
-    net::Fd connection(::accept(listener_.get(), nullptr, nullptr));
+    runtime::Fd connection(::accept(listener_.get(), nullptr, nullptr));
     if (!connection) return;
     std::vector<std::uint8_t> buffer(wire::kMaxMessageSize);
     for (;;) {
@@ -67,7 +67,7 @@ class FakeDaemon {
 
   Answer answer_;
   std::string path_;
-  net::Fd listener_;
+  runtime::Fd listener_;
   std::thread thread_;
 };
 

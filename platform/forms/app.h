@@ -10,16 +10,16 @@
 #include <string>
 
 #include "platform/forms/services.h"
+#include "platform/runtime/fd.h"
 
 namespace ketra::forms {
 
-// An exclusive, non-blocking advisory lock (flock) on a file, created when missing. The lock
-// belongs to the open file description: a second InstanceLock on the same file, in this process
-// or another, does not get it while the first holds it.
+// An exclusive, non-blocking advisory lock (runtime::TryLockFile) on a file, created when missing.
+// The lock belongs to the open file description: a second InstanceLock on the same file, in this
+// process or another, does not get it while the first holds it.
 class InstanceLock {
  public:
   explicit InstanceLock(const std::string& path);
-  ~InstanceLock();
   InstanceLock(InstanceLock&& other) noexcept;
   InstanceLock& operator=(InstanceLock&& other) noexcept;
   InstanceLock(const InstanceLock&) = delete;
@@ -29,10 +29,10 @@ class InstanceLock {
   bool TryAcquire();
   bool held() const { return held_; }
   // False when the lock file could not be opened or created.
-  bool opened() const { return fd_ >= 0; }
+  bool opened() const { return fd_.valid(); }
 
  private:
-  int fd_ = -1;
+  runtime::Fd fd_;
   bool held_ = false;
 };
 

@@ -1,62 +1,32 @@
-// POSIX surroundings of the program: /proc/self/exe for its directory, flock for the
+// POSIX surroundings of the program: /proc/self/exe for its directory, a lock file for the
 // single-instance test.
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <filesystem>
 #include <system_error>
 #include <utility>
 
 #include "platform/forms/app.h"
+#include "platform/runtime/lock_file.h"
 
 namespace ketra::forms {
 
-namespace {
-
-// The lock beside a hive shared by a group is the group's too: made 0660 whatever the umask,
-// and opened for reading only where the user may not write it (flock needs no more).
-int OpenLockFile(const std::string& path) {
-  int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0660);
-  if (fd >= 0) {
-    ::fchmod(fd, 0660);
-    return fd;
-  }
-  fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0660);
-  if (fd < 0 && errno == EACCES) fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  return fd;
+InstanceLock::InstanceLock(const std::string& path) : fd_(runtime::OpenLockFile(path)) {
+  TryAcquire();
 }
 
-}  // namespace
-
-InstanceLock::InstanceLock(const std::string& path) : fd_(OpenLockFile(path)) { TryAcquire(); }
-
-InstanceLock::~InstanceLock() {
-  // Closing the last descriptor of the open file description releases the lock.
-  if (fd_ >= 0) ::close(fd_);
-}
-
+// Closing the last descriptor of the open file description releases the lock.
 InstanceLock::InstanceLock(InstanceLock&& other) noexcept
-    : fd_(std::exchange(other.fd_, -1)), held_(std::exchange(other.held_, false)) {}
+    : fd_(std::move(other.fd_)), held_(std::exchange(other.held_, false)) {}
 
 InstanceLock& InstanceLock::operator=(InstanceLock&& other) noexcept {
   if (this != &other) {
-    if (fd_ >= 0) ::close(fd_);
-    fd_ = std::exchange(other.fd_, -1);
+    fd_ = std::move(other.fd_);
     held_ = std::exchange(other.held_, false);
   }
   return *this;
 }
 
 bool InstanceLock::TryAcquire() {
-  if (held_ || fd_ < 0) return held_;
-  int result;
-  do {
-    result = ::flock(fd_, LOCK_EX | LOCK_NB);
-  } while (result != 0 && errno == EINTR);
-  held_ = result == 0;
+  if (!held_) held_ = runtime::TryLockFile(fd_);
   return held_;
 }
 

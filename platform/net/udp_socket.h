@@ -9,7 +9,7 @@
 #include <span>
 #include <string>
 
-#include "platform/net/fd.h"
+#include "platform/runtime/fd.h"
 
 namespace ketra::net {
 
@@ -29,7 +29,7 @@ class UdpSocket {
  public:
   UdpSocket() = default;
   // Takes over a bound socket (one handed back across a restart).
-  explicit UdpSocket(Fd fd) : fd_(std::move(fd)) {}
+  explicit UdpSocket(runtime::Fd fd) : fd_(std::move(fd)) {}
 
   // Opens a socket bound to `local` (port 0 picks a free one). Returns 0 or the errno of the
   // step that failed. No address reuse: a port held by another socket is a conflict.
@@ -57,7 +57,7 @@ class UdpSocket {
   int Close() { return fd_.Reset(); }
 
  private:
-  Fd fd_;
+  runtime::Fd fd_;
 };
 
 }  // namespace ketra::net

@@ -32,7 +32,7 @@ std::string Endpoint::ToString() const {
 
 int UdpSocket::Open(const Endpoint& local) {
   fd_.Reset();
-  Fd fd(::socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+  runtime::Fd fd(::socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
   if (!fd) return errno;
   const sockaddr_in address = ToSockaddr(local);
   if (::bind(fd.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {

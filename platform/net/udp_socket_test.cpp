@@ -48,9 +48,9 @@ TEST(UdpSocketTest, EndpointText) {
 TEST(FdTest, MovesOwnershipAndClosesOnce) {
   UdpSocket socket;
   ASSERT_EQ(socket.Open({kLoopbackAddress, 0}), 0);
-  Fd first(::dup(socket.fd()));
+  runtime::Fd first(::dup(socket.fd()));
   ASSERT_TRUE(first.valid());
-  Fd second(std::move(first));
+  runtime::Fd second(std::move(first));
   EXPECT_FALSE(first.valid());  // NOLINT(bugprone-use-after-move): the moved-from state matters
   EXPECT_TRUE(second.valid());
   EXPECT_EQ(second.Reset(), 0);

@@ -5,6 +5,8 @@
 #include <cerrno>
 
 #include "platform/registry/hive_files.h"
+#include "platform/runtime/directories.h"
+#include "platform/runtime/fd.h"
 
 namespace ketra::registry {
 
@@ -14,23 +16,16 @@ bool HiveFileExists(const std::string& path) {
 }
 
 Status MakeHiveDirectories(const std::string& path) {
-  for (std::size_t slash = path.find('/', 1); slash != std::string::npos;
-       slash = path.find('/', slash + 1)) {
-    const std::string dir = path.substr(0, slash);
-    if (::mkdir(dir.c_str(), 0755) == 0 || errno == EEXIST) continue;
-    return errno == EACCES || errno == EPERM || errno == EROFS ? kErrorAccessDenied
-                                                               : kErrorRegistryIoFailed;
-  }
-  return kErrorSuccess;
+  const int error = runtime::MakeParentDirectories(path);
+  if (error == 0) return kErrorSuccess;
+  return error == EACCES || error == EPERM || error == EROFS ? kErrorAccessDenied
+                                                             : kErrorRegistryIoFailed;
 }
 
 void CreateSharedHiveFile(const std::string& path) {
   // SQLite gives its -wal and -shm files the mode of the main file.
-  const int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0660);
-  if (fd >= 0) {
-    ::fchmod(fd, 0660);
-    ::close(fd);
-  }
+  const runtime::Fd fd(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0660));
+  if (fd) ::fchmod(fd.get(), 0660);
 }
 
 bool HiveFileReadDenied(const std::string& path) {

@@ -2,6 +2,7 @@
 #include "tools/ketra-reg/reg_apply.h"
 
 #include "platform/registry/registry_batch.h"
+#include "platform/registry/scoped_key.h"
 
 namespace ketra::regtext {
 
@@ -20,29 +21,30 @@ Status ApplyChanges(Registry& reg, const std::vector<RegChange>& changes, std::s
       return status;
     }
   }
-  HKey key = 0;
+  registry::ScopedKey key(reg);
   Status status = kErrorSuccess;
   const RegChange* failed = nullptr;
   for (const RegChange& change : changes) {
     switch (change.kind) {
-      case RegChange::Kind::kOpenKey:
-        if (key != 0) reg.CloseKey(key);
-        key = 0;
-        status =
-            reg.CreateKeyEx(kHKeyLocalMachine, change.key, 0, registry::kKeyWrite, &key, nullptr);
+      case RegChange::Kind::kOpenKey: {
+        key.Reset();
+        HKey opened = 0;
+        status = reg.CreateKeyEx(kHKeyLocalMachine, change.key, 0, registry::kKeyWrite, &opened,
+                                 nullptr);
+        key.Reset(opened);
         break;
+      }
       case RegChange::Kind::kDeleteKey:
-        if (key != 0) reg.CloseKey(key);
-        key = 0;
+        key.Reset();
         status = reg.DeleteTree(kHKeyLocalMachine, change.key);
         if (status == registry::kErrorFileNotFound) status = kErrorSuccess;
         break;
       case RegChange::Kind::kSetValue:
-        status = reg.SetValueEx(key, change.name, change.type, change.data.data(),
+        status = reg.SetValueEx(key.get(), change.name, change.type, change.data.data(),
                                 static_cast<std::uint32_t>(change.data.size()));
         break;
       case RegChange::Kind::kDeleteValue:
-        status = reg.DeleteValue(key, change.name);
+        status = reg.DeleteValue(key.get(), change.name);
         if (status == registry::kErrorFileNotFound) status = kErrorSuccess;
         break;
     }
@@ -51,7 +53,7 @@ Status ApplyChanges(Registry& reg, const std::vector<RegChange>& changes, std::s
       break;
     }
   }
-  if (key != 0) reg.CloseKey(key);
+  key.Reset();
   if (failed == nullptr && batch != nullptr) status = batch->CommitBatch();
   if (status != kErrorSuccess) {
     if (batch != nullptr && failed != nullptr) batch->AbortBatch();

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <vector>
 
+#include "platform/registry/scoped_key.h"
 #include "platform/runtime/codepage.h"
 #include "tools/ketra-reg/reg_parse.h"
 
@@ -73,11 +74,11 @@ Status ExportKey(Registry& reg, HKey key, const std::string& path, std::string* 
   while ((status = reg.EnumKey(key, index++, &name)) == kErrorSuccess) subkeys.push_back(name);
   if (status != registry::kErrorNoMoreItems) return status;
   for (const std::string& subkey : subkeys) {
-    HKey child = 0;
-    status = reg.OpenKeyEx(key, subkey, 0, registry::kKeyRead, &child);
+    HKey opened = 0;
+    status = reg.OpenKeyEx(key, subkey, 0, registry::kKeyRead, &opened);
+    const registry::ScopedKey child(reg, opened);
     if (status != kErrorSuccess) return status;
-    status = ExportKey(reg, child, path + '\\' + subkey, text);
-    reg.CloseKey(child);
+    status = ExportKey(reg, child.get(), path + '\\' + subkey, text);
     if (status != kErrorSuccess) return status;
   }
   return kErrorSuccess;
@@ -92,7 +93,7 @@ Status ExportText(Registry& reg, std::string_view full_path, std::string* text) 
   }
   // The header shows each key in the case it was made in, whatever case the caller typed.
   std::string shown(kRootName);
-  HKey key = kHKeyLocalMachine;
+  registry::ScopedKey key(reg, kHKeyLocalMachine);
   std::size_t start = 0;
   while (start < relative.size()) {
     std::size_t end = relative.find('\\', start);
@@ -100,20 +101,19 @@ Status ExportText(Registry& reg, std::string_view full_path, std::string* text) 
     const std::string part = relative.substr(start, end - start);
     std::string name;
     std::string found;
-    for (std::uint32_t i = 0; reg.EnumKey(key, i, &name) == kErrorSuccess; ++i) {
+    for (std::uint32_t i = 0; reg.EnumKey(key.get(), i, &name) == kErrorSuccess; ++i) {
       if (EqualsNoCase(name, part)) found = name;
     }
     HKey child = 0;
-    Status status = reg.OpenKeyEx(key, part, 0, registry::kKeyRead, &child);
-    if (key != kHKeyLocalMachine) reg.CloseKey(key);
+    Status status = reg.OpenKeyEx(key.get(), part, 0, registry::kKeyRead, &child);
+    key.Reset(child);
     if (status != kErrorSuccess) return status;
-    key = child;
     shown += '\\' + (found.empty() ? part : found);
     start = end + 1;
   }
   std::string out = "REGEDIT4\n";
-  Status status = ExportKey(reg, key, shown, &out);
-  if (key != kHKeyLocalMachine) reg.CloseKey(key);
+  Status status = ExportKey(reg, key.get(), shown, &out);
+  key.Reset();
   if (status != kErrorSuccess) return status;
   *text = std::move(out);
   return kErrorSuccess;

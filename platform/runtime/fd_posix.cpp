@@ -1,10 +1,10 @@
-#include <cerrno>
-
 #include <unistd.h>
 
-#include "platform/net/fd.h"
+#include <cerrno>
 
-namespace ketra::net {
+#include "platform/runtime/fd.h"
+
+namespace ketra::runtime {
 
 int Fd::Reset() {
   if (fd_ < 0) return 0;
@@ -13,4 +13,4 @@ int Fd::Reset() {
   return ::close(fd) == 0 ? 0 : errno;
 }
 
-}  // namespace ketra::net
+}  // namespace ketra::runtime

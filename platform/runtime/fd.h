@@ -1,12 +1,15 @@
-// A move-only owner of one file descriptor (socket, pty master, epoll, signalfd, timerfd).
-// Closing happens exactly once, in Reset or the destructor. Not thread-safe; an Fd belongs to
-// whoever holds it.
-#ifndef KETRA_PLATFORM_NET_FD_H_
-#define KETRA_PLATFORM_NET_FD_H_
+// A move-only owner of one file descriptor (file, lock file, socket, pty master, epoll,
+// signalfd, timerfd). Closing happens exactly once, in Reset or the destructor. Not thread-safe;
+// an Fd belongs to whoever holds it.
+//
+// The header names no system header, so every layer may hold an Fd; closing is the system's and
+// lives in fd_posix.cpp.
+#ifndef KETRA_PLATFORM_RUNTIME_FD_H_
+#define KETRA_PLATFORM_RUNTIME_FD_H_
 
 #include <utility>
 
-namespace ketra::net {
+namespace ketra::runtime {
 
 class Fd {
  public:
@@ -28,9 +31,6 @@ class Fd {
   bool valid() const { return fd_ >= 0; }
   explicit operator bool() const { return valid(); }
 
-  // Gives up ownership without closing.
-  int Release() { return std::exchange(fd_, -1); }
-
   // Closes the descriptor held, if any. Returns 0, or the errno of a close that reported an
   // error (the descriptor is gone either way).
   int Reset();
@@ -39,6 +39,6 @@ class Fd {
   int fd_ = -1;
 };
 
-}  // namespace ketra::net
+}  // namespace ketra::runtime
 
-#endif  // KETRA_PLATFORM_NET_FD_H_
+#endif  // KETRA_PLATFORM_RUNTIME_FD_H_
