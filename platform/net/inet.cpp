@@ -31,7 +31,7 @@ std::uint32_t ByteSwap(std::uint32_t v) {
 
 }  // namespace
 
-std::uint32_t InetAddr(std::string_view text) {
+std::uint32_t OwnInetAddr(std::string_view text) {
   if (text.empty()) return kInaddrNone;
   // One blank alone reads as the one empty part 0; any other text that begins with whitespace
   // (two blanks, a lone tab or line feed, a blank before digits) is no address.
@@ -93,7 +93,7 @@ std::uint32_t InetAddr(std::string_view text) {
   return ByteSwap(host);
 }
 
-std::string InetNtoa(std::uint32_t address) {
+std::string OwnInetNtoa(std::uint32_t address) {
   char text[16];
   std::snprintf(text, sizeof text, "%u.%u.%u.%u", address & 0xFFu, (address >> 8) & 0xFFu,
                 (address >> 16) & 0xFFu, address >> 24);

@@ -1,6 +1,6 @@
 // Reading a text file line by line, the one thing the settings-file reader needs of a file
-// system. A real reader for POSIX and an in-memory fake stand behind the interface.
-// Not thread-safe: one reader belongs to one caller.
+// system. A real reader for POSIX, one for Windows and an in-memory fake stand behind the
+// interface. Not thread-safe: one reader belongs to one caller.
 #ifndef KETRA_PLATFORM_RUNTIME_TEXT_FILE_H_
 #define KETRA_PLATFORM_RUNTIME_TEXT_FILE_H_
 
@@ -26,8 +26,9 @@ class FileSystem {
   virtual std::unique_ptr<TextReader> OpenTextFile(const std::string& path) = 0;
 };
 
-// The machine's own files.
+// The machine's own files: the POSIX reader, and the Win32 one on Windows.
 std::unique_ptr<FileSystem> MakePosixFileSystem();
+std::unique_ptr<FileSystem> MakeWin32FileSystem();
 
 // Files held in memory, by exact path; for tests.
 class MemoryFileSystem : public FileSystem {

@@ -1,10 +1,11 @@
 #include "platform/runtime/text_file.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -55,19 +56,31 @@ TEST(TextFileTest, MemoryFileSystemFindsFilesByExactPath) {
   EXPECT_EQ(AllLines(*reader), (std::vector<std::string>{"1", "2"}));
 }
 
-class PosixFileTest : public ::testing::Test {
+// The machine's own reader: the POSIX one, or the Win32 one in the Windows build.
+std::unique_ptr<FileSystem> MachineFiles() {
+#ifdef _WIN32
+  return MakeWin32FileSystem();
+#else
+  return MakePosixFileSystem();
+#endif
+}
+
+class MachineFileTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    char pattern[] = "/tmp/ketra-text-XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    dir_ = pattern;
+    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
+    dir_ = (std::filesystem::temp_directory_path() / (std::string("ketra-text-") + test->name() +
+                                                      "-" + std::to_string(std::random_device{}())))
+               .string();
+    std::filesystem::remove_all(dir_);
+    ASSERT_TRUE(std::filesystem::create_directories(dir_));
   }
-  void TearDown() override { std::system(("rm -rf " + dir_).c_str()); }
+  void TearDown() override { std::filesystem::remove_all(dir_); }
   std::string dir_;
 };
 
-TEST_F(PosixFileTest, ReadsLikeTheStringReader) {
-  auto files = MakePosixFileSystem();
+TEST_F(MachineFileTest, ReadsLikeTheStringReader) {
+  auto files = MachineFiles();
   const std::string path = dir_ + "/settings.txt";
   for (const auto& c : kLineCases) {
     std::ofstream(path, std::ios::binary | std::ios::trunc) << c.contents;
@@ -77,18 +90,18 @@ TEST_F(PosixFileTest, ReadsLikeTheStringReader) {
   }
 }
 
-TEST_F(PosixFileTest, MissingFileOrDirectoryGivesNoReader) {
-  auto files = MakePosixFileSystem();
+TEST_F(MachineFileTest, MissingFileOrDirectoryGivesNoReader) {
+  auto files = MachineFiles();
   EXPECT_EQ(files->OpenTextFile(dir_ + "/missing.txt"), nullptr);
   EXPECT_EQ(files->OpenTextFile(dir_), nullptr);
 }
 
-TEST_F(PosixFileTest, LongFileReadsWhole) {
+TEST_F(MachineFileTest, LongFileReadsWhole) {
   std::string contents;
   for (int i = 0; i < 20000; ++i) contents += std::to_string(i) + "\r\n";
   const std::string path = dir_ + "/long.txt";
   std::ofstream(path, std::ios::binary) << contents;
-  auto reader = MakePosixFileSystem()->OpenTextFile(path);
+  auto reader = MachineFiles()->OpenTextFile(path);
   ASSERT_NE(reader, nullptr);
   auto lines = AllLines(*reader);
   ASSERT_EQ(lines.size(), 20000u);

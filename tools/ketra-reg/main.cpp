@@ -15,12 +15,11 @@
 #include <sstream>
 #include <string>
 
-#include "platform/registry/hive_location.h"
-#include "platform/registry/sqlite_hive.h"
 #include "platform/runtime/build_info.h"
 #include "tools/ketra-reg/reg_apply.h"
 #include "tools/ketra-reg/reg_export.h"
 #include "tools/ketra-reg/reg_parse.h"
+#include "tools/machine/machine.h"
 
 namespace {
 
@@ -80,7 +79,10 @@ int main(int argc, char** argv) try {
   app.set_version_flag("--version", "ketra-reg " KETRA_VERSION);
   app.fallthrough();
   std::string hive;
-  app.add_option("--hive", hive, "the hive file (default: $KETRA_HIVE or the state directory)");
+  app.add_option("--hive", hive,
+                 ketra::machine::UsesHiveFile()
+                     ? "the hive file (default: $KETRA_HIVE or the state directory)"
+                     : "not used on Windows, where the system registry holds the settings");
   std::string key;
   CLI::App* export_command =
       app.add_subcommand("export", "print KEY (default: the whole hive) and every key below it");
@@ -95,7 +97,11 @@ int main(int argc, char** argv) try {
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : 2;
   }
-  if (hive.empty()) hive = ketra::registry::DefaultHivePath();
+  std::string hive_error;
+  if (!ketra::machine::ResolveHive(&hive, &hive_error)) {
+    std::cerr << "ketra-reg: " << hive_error << '\n';
+    return 2;
+  }
   // A hive named in a directory that is not there is a mistake, not an empty hive.
   const auto slash = hive.rfind('/');
   if (slash != std::string::npos && slash > 0) {
@@ -107,7 +113,7 @@ int main(int argc, char** argv) try {
     }
   }
 
-  auto reg = ketra::registry::OpenSqliteHive(hive);
+  auto reg = ketra::machine::OpenRegistry(hive);
   if (*export_command) return Export(*reg, key);
   return Import(*reg, file);
 } catch (const std::exception& error) {

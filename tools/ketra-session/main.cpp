@@ -10,14 +10,9 @@
 
 #include <CLI/CLI.hpp>
 
-#include "platform/device/vspd_device.h"
-#include "platform/device/vspd_socket_path.h"
-#include "platform/forms/app.h"
-#include "platform/registry/hive_location.h"
-#include "platform/registry/sqlite_hive.h"
 #include "platform/runtime/build_info.h"
-#include "platform/runtime/text_file.h"
 #include "tools/ketra-session/session.h"
+#include "tools/machine/machine.h"
 
 namespace {
 
@@ -48,7 +43,10 @@ int main(int argc, char** argv) try {
   std::string prev_instance;
   std::string driver = "scripted";
   std::string script;
-  cli.add_option("--hive", hive, "the hive file (default: the user's, else the system's)");
+  cli.add_option("--hive", hive,
+                 ketra::machine::UsesHiveFile()
+                     ? "the hive file (default: the user's, else the system's)"
+                     : "not used on Windows, where the system registry holds the settings");
   cli.add_option("--app-path", app_path, "the program's own directory (default: the executable's)");
   cli.add_option("--prev-instance", prev_instance, "force the single-instance test's answer")
       ->check(CLI::IsMember({"yes", "no"}));
@@ -60,7 +58,11 @@ int main(int argc, char** argv) try {
   } catch (const CLI::ParseError& error) {
     return cli.exit(error) == 0 ? 0 : 2;
   }
-  if (hive.empty()) hive = ketra::registry::DefaultHivePath();
+  std::string hive_error;
+  if (!ketra::machine::ResolveHive(&hive, &hive_error)) {
+    std::cerr << "ketra-session: " << hive_error << '\n';
+    return 2;
+  }
 
   std::ifstream script_file;
   if (!script.empty()) {
@@ -71,17 +73,15 @@ int main(int argc, char** argv) try {
     }
   }
 
-  std::unique_ptr<ketra::registry::Registry> registry = ketra::registry::OpenSqliteHive(hive);
+  std::unique_ptr<ketra::registry::Registry> registry = ketra::machine::OpenRegistry(hive);
   // An empty app path stands for the directory of the executable.
-  std::unique_ptr<ketra::forms::AppServices> real_app = ketra::forms::MakePosixApp(app_path, hive);
+  std::unique_ptr<ketra::forms::AppServices> real_app = ketra::machine::MakeApp(app_path, hive);
   std::optional<ForcedPrevInstance> forced;
   ketra::forms::AppServices* app = real_app.get();
   if (!prev_instance.empty()) app = &forced.emplace(*real_app, prev_instance == "yes");
-  std::unique_ptr<ketra::runtime::FileSystem> files = ketra::runtime::MakePosixFileSystem();
+  std::unique_ptr<ketra::runtime::FileSystem> files = ketra::machine::MakeFileSystem();
   std::unique_ptr<ketra::device::DeviceIo> system_device;
-  if (driver == "system") {
-    system_device = ketra::device::MakeVspdDevice(ketra::device::DefaultVspdSocketPath());
-  }
+  if (driver == "system") system_device = ketra::machine::MakeSystemDevice();
 
   ketra::session::Session session(
       ketra::session::Environment{*registry, *app, *files, system_device.get()}, std::cout);
