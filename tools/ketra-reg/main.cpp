@@ -76,6 +76,9 @@ int Import(ketra::registry::Registry& reg, const std::string& file) {
 
 int main(int argc, char** argv) try {
   CLI::App app{"Reads and writes the Ketra hive file in the REGEDIT4 text form."};
+  // The same command line on every platform: on Windows CLI11 would read a path such as /tmp/x
+  // as a /option.
+  app.allow_windows_style_options(false);
   app.set_version_flag("--version", "ketra-reg " KETRA_VERSION);
   app.fallthrough();
   std::string hive;

@@ -37,6 +37,9 @@ class ForcedPrevInstance : public ketra::forms::AppServices {
 
 int main(int argc, char** argv) try {
   CLI::App cli{"Runs one session of the Ketra panel on the headless form engine."};
+  // The same command line on every platform: on Windows CLI11 would read a path such as /tmp/x
+  // as a /option.
+  cli.allow_windows_style_options(false);
   cli.set_version_flag("--version", "ketra-session " KETRA_VERSION);
   std::string hive;
   std::string app_path;
