@@ -11,22 +11,9 @@
 #include "daemon/status_report.h"
 #include "platform/device/vspd_device.h"
 #include "platform/runtime/conversion_error.h"
+#include "platform/runtime/strings.h"
 
 namespace ketra::vspd {
-namespace {
-
-std::string HexBytes(const device::Record& bytes) {
-  static constexpr char kDigits[] = "0123456789ABCDEF";
-  std::string text;
-  for (const std::uint8_t byte : bytes) {
-    text += kDigits[byte >> 4];
-    text += kDigits[byte & 15];
-  }
-  return text;
-}
-
-}  // namespace
-
 int RunStatus(const std::string& socket_path, bool json, std::ostream& out, std::ostream& err) {
   const auto document = device::QueryVspdStatus(socket_path, std::chrono::seconds(5));
   if (!document) {
@@ -72,7 +59,7 @@ int RunPortCommand(registry::Registry& registry, device::DeviceIo& device, bool 
   device.CloseHandle(answer.handle);
   const std::uint8_t status = answer.status;
   out << port << ": " << command.message(status).text << " (Status " << static_cast<int>(status)
-      << ", sent " << HexBytes(input) << ")\n";
+      << ", sent " << runtime::HexUpper(input) << ")\n";
   const bool fine =
       status == device::kStatusAlreadyInState ||
       (connect ? status == device::kStatusConnected || status == device::kStatusAlreadyConnected

@@ -14,6 +14,7 @@
 #include "daemon/log.h"
 #include "daemon/port_settings.h"
 #include "platform/device/device.h"
+#include "platform/runtime/strings.h"
 
 namespace ketra::vspd {
 namespace {
@@ -41,16 +42,6 @@ std::string PeerOf(int fd) {
   socklen_t length = sizeof credentials;
   if (::getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &credentials, &length) != 0) return "peer ?";
   return "pid " + std::to_string(credentials.pid) + " uid " + std::to_string(credentials.uid);
-}
-
-std::string Hex(const wire::Record& record) {
-  static constexpr char kDigits[] = "0123456789ABCDEF";
-  std::string text;
-  for (const std::uint8_t byte : record) {
-    text += kDigits[byte >> 4];
-    text += kDigits[byte & 15];
-  }
-  return text;
 }
 
 wire::Reply Refuse(std::uint32_t error, std::string reason, bool* close) {
@@ -291,8 +282,8 @@ wire::Reply ControlServer::Handle(Connection& connection, const wire::Request& r
     std::string problem;
     const wire::Record output = ExecuteControl(*port, ioctl->code, ioctl->input, &problem);
     const bool connect = ioctl->code == device::kIoctlVspConnect;
-    std::string line = port->name() + (connect ? " connect " : " disconnect ") + Hex(ioctl->input) +
-                       " from " + connection.peer + ": Status " +
+    std::string line = port->name() + (connect ? " connect " : " disconnect ") +
+                       runtime::HexUpper(ioctl->input) + " from " + connection.peer + ": Status " +
                        std::to_string(device::StatusOf(output));
     if (!problem.empty()) line += " (" + problem + ")";
     LogInfo(line);
