@@ -155,6 +155,21 @@ Daemon::Daemon(const DaemonConfig& config, registry::Registry& registry, Service
     ports_.push_back(std::make_unique<VirtualPort>(loop_, name, std::move(io), options, resumed));
     VirtualPort* port = ports_.back().get();
     port->OnConnectionChange([this](VirtualPort& changed) { KeepInStore(changed); });
+    port->OnPtyReplaced([this, port](VirtualPort& changed) {
+      LogInfo(changed.name() + ": left exclusive; now on a new pty " + changed.pty_path());
+      try {
+        open_watch_.Add(changed.pty_path(), [port] { port->ProgramMayHaveOpened(); });
+      } catch (const std::system_error& error) {
+        LogWarning(changed.name() + ": opens of the new pty go unseen: " + error.what());
+      }
+      if (!service_.present()) return;
+      // The stored master is the old pty's: a restart must take back the new one.
+      service_.Remove(PtyName(changed.name()));
+      const int fd = changed.io().pty_fd();
+      if (!service_.Store(PtyName(changed.name()), std::span(&fd, 1))) {
+        LogWarning(changed.name() + ": the service manager did not keep the new pty");
+      }
+    });
     open_watch_.Add(port->pty_path(), [port] { port->ProgramMayHaveOpened(); });
     loss_logs_.emplace_back();
   }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <stdexcept>
 #include <system_error>
 
 namespace ketra::vspd {
@@ -136,12 +137,37 @@ void VirtualPort::ProgramGone() {
   counters_.unheld_bytes += to_pty_.size() - to_pty_offset_;
   to_pty_.clear();
   to_pty_offset_ = 0;
-  if (std::string problem = io_->Freshen(); !problem.empty()) last_problem_ = std::move(problem);
+  PortIo::Freshened freshened = io_->Freshen();
+  if (freshened.reopen_error == EBUSY) {
+    // Left exclusive: the next program would get EBUSY too, until the daemon restarts.
+    freshened.problem = ReplacePty();
+  }
+  if (!freshened.problem.empty()) last_problem_ = std::move(freshened.problem);
   // The terminal may go on: what it sends now is discarded, not held up.
   if (stopped_terminal_) SendFlowCharacter(flow_.xon());
   // The rest of what the program wrote, unless the terminal or the socket holds it back.
   while (RelayFromPty() == Drain::kMore) {
   }
+}
+
+std::string VirtualPort::ReplacePty() {
+  // What the last program wrote goes out first; what the terminal's XOFF or a full send side
+  // still holds back then goes with the old pty, as with a line that is swapped.
+  while (RelayFromPty() == Drain::kMore) {
+  }
+  if (std::string problem = io_->ReplacePty(); !problem.empty()) {
+    return "the device was left exclusive and " + problem;
+  }
+  std::string problem;
+  if (!link_.path().empty()) {
+    try {
+      link_.Repoint(io_->pty_path());
+    } catch (const std::runtime_error& error) {
+      problem = error.what();
+    }
+  }
+  if (on_pty_replaced_) on_pty_replaced_(*this);
+  return problem;
 }
 
 VirtualPort::Drain VirtualPort::RelayFromPty() {

@@ -14,7 +14,9 @@
 //
 // A line when nobody holds it: the port knows whether a program holds its device (PortIo::Held)
 // and, after the last one closes, discards what the terminal sends and makes the device fresh
-// for the next program (PortIo::Freshen).
+// for the next program (PortIo::Freshen). A device the last program left exclusive cannot be
+// reopened without CAP_SYS_ADMIN; the port then takes a new pty with the same settings and
+// points its link there, so the next program still finds a fresh port.
 //
 // Owns the PortIo, the link and its watches in the poller. Single-threaded (the loop's).
 #ifndef KETRA_DAEMON_PORT_H_
@@ -88,6 +90,11 @@ class VirtualPort {
     on_change_ = std::move(callback);
   }
 
+  // Runs after the port replaced its pty (pty_fd() and pty_path() changed).
+  void OnPtyReplaced(std::function<void(VirtualPort&)> callback) {
+    on_pty_replaced_ = std::move(callback);
+  }
+
   const std::string& name() const { return name_; }
   const std::string& link_path() const { return link_.path(); }
   const std::string& pty_path() const { return io_->pty_path(); }
@@ -112,6 +119,7 @@ class VirtualPort {
   void OnPtyEvents(std::uint32_t events);
   void OnSocketEvents(std::uint32_t events);
   void ProgramGone();
+  std::string ReplacePty();
   Drain RelayFromPty();
   void RelayFromSocket();
   bool FlushToPty();
@@ -144,6 +152,7 @@ class VirtualPort {
 
   PortCounters counters_;
   std::function<void(VirtualPort&)> on_change_;
+  std::function<void(VirtualPort&)> on_pty_replaced_;
 };
 
 }  // namespace ketra::vspd

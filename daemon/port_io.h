@@ -38,8 +38,20 @@ class PortIo {
   virtual bool Held() = 0;
   // After the last program closed the device: gives the next one a fresh port (no input left
   // unread, output not stopped, not exclusive, start/stop characters at their defaults; speed
-  // and modes stay). Returns "" or what could not be done, for the log.
-  virtual std::string Freshen() = 0;
+  // and modes stay). `problem` is "" or what could not be done, for the log; `reopen_error` is
+  // the errno when the device could not be reopened at all (EBUSY: left exclusive, and the
+  // daemon lacks CAP_SYS_ADMIN).
+  struct Freshened {
+    std::string problem;
+    int reopen_error = 0;
+  };
+  virtual Freshened Freshen() = 0;
+  // Gives the port a new pty in place of one that cannot be made fresh: the old one's termios
+  // (speed, modes, with start/stop characters at their defaults), owner group and mode carry
+  // over; the socket stays. pty_fd() and pty_path() change; the old master is closed, with what
+  // it still held. Only while no program holds the device. Returns "" or why it failed (the old
+  // pty then stays).
+  virtual std::string ReplacePty() = 0;
 
   // --- The UDP socket toward the terminal.
   // Binds a socket to `local`; 0 or the errno of the step that failed. The kernel is asked to

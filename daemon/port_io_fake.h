@@ -43,7 +43,9 @@ class FakePortIo final : public PortIo {
   Bytes to_program;                   // everything WritePty took
   std::size_t pty_room = kUnlimited;  // bytes WritePty takes before -EAGAIN
   int freshened = 0;
-  std::string freshen_problem;
+  Freshened freshen_result;     // what every Freshen reports
+  int replaced = 0;             // ReplacePty calls that succeeded
+  std::string replace_problem;  // "" or why ReplacePty fails
   // The terminal and the kernel.
   std::deque<Datagram> from_terminal;
   std::vector<Datagram> sent;
@@ -72,9 +74,15 @@ class FakePortIo final : public PortIo {
     return static_cast<long>(size);
   }
   bool Held() override { return held; }
-  std::string Freshen() override {
+  Freshened Freshen() override {
     ++freshened;
-    return freshen_problem;
+    return freshen_result;
+  }
+  std::string ReplacePty() override {
+    if (!replace_problem.empty()) return replace_problem;
+    ++replaced;
+    path_ = "/dev/pts/fake" + std::to_string(replaced);
+    return "";
   }
 
   int OpenSocket(const net::Endpoint& endpoint, int) override {

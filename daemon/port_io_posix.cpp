@@ -30,6 +30,21 @@ runtime::Fd OpenSlave(const std::string& path) {
   return runtime::Fd(::open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK));
 }
 
+// A new pty's master. The slave is opened once for `setup(slave, path)` and closed again: from
+// then on the master's hang-up says that no program holds it. Throws std::system_error.
+template <typename Setup>
+runtime::Fd NewPty(Setup setup) {
+  runtime::Fd master(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK));
+  if (!master) Throw("posix_openpt");
+  if (::grantpt(master.get()) != 0) Throw("grantpt");
+  if (::unlockpt(master.get()) != 0) Throw("unlockpt");
+  const std::string path = SlavePath(master.get());
+  const runtime::Fd slave = OpenSlave(path);
+  if (!slave) Throw("open pty slave");
+  setup(slave.get(), path);
+  return master;
+}
+
 // The daemon holds no descriptor of the slave: the master then reports a hang-up (EPOLLHUP, and
 // EIO once read empty) exactly while no program holds the device, which is the kernel's own
 // count of openers, never a guess. Opens are seen through OpenWatch, which only wakes the port;
@@ -58,12 +73,13 @@ class PosixPortIo final : public PortIo {
     pollfd probe{master_.get(), POLLIN, 0};
     return ::poll(&probe, 1, 0) >= 0 && (probe.revents & POLLHUP) == 0;
   }
-  std::string Freshen() override {
+  Freshened Freshen() override {
     // Opening the slave for a moment is the only way to reach its state; the program that
     // opens next cannot be refused for it, as the kernel counts openers, not this descriptor.
     const runtime::Fd slave = OpenSlave(slave_path_);
     if (!slave) {
-      return "cannot reopen " + slave_path_ + " to reset it: " + std::strerror(errno);
+      const int error = errno;
+      return {"cannot reopen " + slave_path_ + " to reset it: " + std::strerror(error), error};
     }
     std::string problems;
     const auto note = [&](bool ok, const char* what) {
@@ -81,7 +97,35 @@ class PosixPortIo final : public PortIo {
       settings.c_cc[VSTOP] = kDefaultStop;
       note(::tcsetattr(slave.get(), TCSANOW, &settings) == 0, "tcsetattr");
     }
-    return problems;
+    return {problems, 0};
+  }
+
+  std::string ReplacePty() override {
+    // The old slave cannot be opened, but a master's terminal calls reach its slave's termios.
+    termios settings{};
+    struct stat old {};
+    if (::tcgetattr(master_.get(), &settings) != 0 || ::stat(slave_path_.c_str(), &old) != 0) {
+      return "cannot read the settings of " + slave_path_ + ": " + std::strerror(errno);
+    }
+    settings.c_cc[VSTART] = kDefaultStart;
+    settings.c_cc[VSTOP] = kDefaultStop;
+    try {
+      runtime::Fd master = NewPty([&](int slave, const std::string&) {
+        if (::tcsetattr(slave, TCSANOW, &settings) != 0) Throw("tcsetattr");
+        // The group the daemon gave the old slave, which it may give again; an unchanged group
+        // needs no change (and no membership).
+        struct stat fresh {};
+        if (::fstat(slave, &fresh) != 0) Throw("fstat pty slave");
+        if (fresh.st_gid != old.st_gid && ::fchown(slave, static_cast<uid_t>(-1), old.st_gid) != 0)
+          Throw("fchown pty slave");
+        if (::fchmod(slave, old.st_mode & 07777) != 0) Throw("fchmod pty slave");
+      });
+      slave_path_ = SlavePath(master.get());
+      master_ = std::move(master);
+    } catch (const std::system_error& error) {
+      return std::string("cannot replace ") + slave_path_ + ": " + error.what();
+    }
+    return "";
   }
 
   int OpenSocket(const net::Endpoint& local, int buffer_bytes) override {
@@ -124,38 +168,30 @@ class PosixPortIo final : public PortIo {
 }  // namespace
 
 std::unique_ptr<PortIo> OpenPosixPortIo(const std::string& group, std::string* warning) {
-  runtime::Fd master(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK));
-  if (!master) Throw("posix_openpt");
-  if (::grantpt(master.get()) != 0) Throw("grantpt");
-  if (::unlockpt(master.get()) != 0) Throw("unlockpt");
-  const std::string path = SlavePath(master.get());
-  // The slave is opened once to set it up and closed again: from then on the master's hang-up
-  // says that no program holds it.
-  const runtime::Fd slave = OpenSlave(path);
-  if (!slave) Throw("open pty slave");
+  runtime::Fd master = NewPty([&](int slave, const std::string& path) {
+    termios settings{};
+    if (::tcgetattr(slave, &settings) != 0) Throw("tcgetattr");
+    ::cfmakeraw(&settings);
+    settings.c_cflag &= ~static_cast<tcflag_t>(HUPCL | CRTSCTS);
+    settings.c_cflag |= CLOCAL | CREAD;
+    settings.c_iflag &= ~static_cast<tcflag_t>(IXON | IXOFF | IXANY);
+    settings.c_cc[VMIN] = 1;
+    settings.c_cc[VTIME] = 0;
+    ::cfsetispeed(&settings, B115200);
+    ::cfsetospeed(&settings, B115200);
+    if (::tcsetattr(slave, TCSANOW, &settings) != 0) Throw("tcsetattr");
 
-  termios settings{};
-  if (::tcgetattr(slave.get(), &settings) != 0) Throw("tcgetattr");
-  ::cfmakeraw(&settings);
-  settings.c_cflag &= ~static_cast<tcflag_t>(HUPCL | CRTSCTS);
-  settings.c_cflag |= CLOCAL | CREAD;
-  settings.c_iflag &= ~static_cast<tcflag_t>(IXON | IXOFF | IXANY);
-  settings.c_cc[VMIN] = 1;
-  settings.c_cc[VTIME] = 0;
-  ::cfsetispeed(&settings, B115200);
-  ::cfsetospeed(&settings, B115200);
-  if (::tcsetattr(slave.get(), TCSANOW, &settings) != 0) Throw("tcsetattr");
-
-  if (!group.empty()) {
-    const auto gid = FindGroupId(group);
-    if (!gid) {
-      *warning = "no group " + group + "; " + path + " keeps its own group";
-    } else if (::fchown(slave.get(), static_cast<uid_t>(-1), *gid) != 0) {
-      *warning = "cannot give " + path + " to group " + group + " (" + std::strerror(errno) +
-                 "); it keeps its own group";
+    if (!group.empty()) {
+      const auto gid = FindGroupId(group);
+      if (!gid) {
+        *warning = "no group " + group + "; " + path + " keeps its own group";
+      } else if (::fchown(slave, static_cast<uid_t>(-1), *gid) != 0) {
+        *warning = "cannot give " + path + " to group " + group + " (" + std::strerror(errno) +
+                   "); it keeps its own group";
+      }
     }
-  }
-  if (::fchmod(slave.get(), 0660) != 0) Throw("fchmod pty slave");
+    if (::fchmod(slave, 0660) != 0) Throw("fchmod pty slave");
+  });
   return std::make_unique<PosixPortIo>(std::move(master), net::UdpSocket());
 }
 

@@ -24,6 +24,10 @@ class PortLink {
   ~PortLink();
 
   const std::string& path() const { return path_; }
+  // Points the link at `target` in one step (a link under a temporary name renamed over it), so
+  // that a program opening it meanwhile finds the old target or the new, never nothing.
+  // Throws std::runtime_error with the reason; the link then stays as it was.
+  void Repoint(const std::string& target);
 
  private:
   void Remove();

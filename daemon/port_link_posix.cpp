@@ -51,6 +51,18 @@ PortLink& PortLink::operator=(PortLink&& other) noexcept {
 
 PortLink::~PortLink() { Remove(); }
 
+void PortLink::Repoint(const std::string& target) {
+  const std::string temporary = path_ + ".new";
+  ::unlink(temporary.c_str());  // left by a run that stopped half-way
+  if (::symlink(target.c_str(), temporary.c_str()) != 0 ||
+      ::rename(temporary.c_str(), path_.c_str()) != 0) {
+    const std::string reason = std::strerror(errno);
+    ::unlink(temporary.c_str());
+    throw std::runtime_error("cannot point " + path_ + " to " + target + ": " + reason);
+  }
+  target_ = target;
+}
+
 void PortLink::Remove() {
   if (path_.empty()) return;
   // Another run may have taken the name since; its link is not ours to remove.

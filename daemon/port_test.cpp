@@ -254,6 +254,60 @@ TEST_F(RelayTest, NobodyHoldsThePortThenAProgramOpensItThenLeaves) {
   EXPECT_EQ(port_->counters().unheld_bytes, 4u + 4u) << "what waited for the program";
 }
 
+// A device left exclusive cannot be reopened by an unprivileged daemon (EBUSY): the port takes
+// a new pty and points its link there; any other failure, or a replacement that fails, leaves
+// the pty and the link alone. The connection stays either way.
+TEST(PtyReplacementTest, OnlyAnExclusiveDeviceGetsANewPtyAndLink) {
+  struct Case {
+    int reopen_error;
+    std::string replace_problem;
+    std::string target;  // where the link points afterwards
+  };
+  const Case cases[] = {
+      {EBUSY, "", "/dev/pts/fake1"},
+      {EBUSY, "no pty left", "/dev/pts/fake"},
+      {EACCES, "", "/dev/pts/fake"},
+      {0, "", "/dev/pts/fake"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.reopen_error);
+    std::string directory = ::testing::TempDir() + "links-XXXXXX";
+    ASSERT_NE(::mkdtemp(directory.data()), nullptr);
+    FakePoller poller;
+    auto owned = std::make_unique<FakePortIo>();
+    FakePortIo* io = owned.get();
+    io->held = true;
+    io->freshen_result = {c.reopen_error ? "cannot reopen" : "", c.reopen_error};
+    io->replace_problem = c.replace_problem;
+    PortOptions options;
+    options.link_directory = directory;
+    VirtualPort port(poller, "COM7", std::move(owned), options);
+    int replaced_seen = 0;
+    port.OnPtyReplaced([&](VirtualPort&) { ++replaced_seen; });
+    ASSERT_EQ(port.Connect(PortSettings{kTerminal, 3000, false, kXon, kXoff}),
+              device::kStatusConnected);
+
+    io->from_program = {Text("tail")};
+    io->held = false;
+    poller.Fire(kPty, kHangUp);
+
+    const bool replaced = c.target != "/dev/pts/fake";
+    EXPECT_EQ(io->replaced, replaced ? 1 : 0);
+    EXPECT_EQ(replaced_seen, replaced ? 1 : 0);
+    EXPECT_EQ(port.pty_path(), c.target);
+    char target[256] = {};
+    ASSERT_GT(::readlink((directory + "/COM7").c_str(), target, sizeof target - 1), 0);
+    EXPECT_EQ(std::string(target), c.target);
+    EXPECT_EQ(::access((directory + "/COM7.new").c_str(), F_OK), -1) << "no temporary left";
+    EXPECT_EQ(port.last_problem().empty(), c.reopen_error == 0 || replaced) << "for the log";
+    // What the last program wrote went out before the old pty went; the connection stays.
+    ASSERT_EQ(io->sent.size(), 1u);
+    EXPECT_EQ(io->sent[0].bytes, Text("tail"));
+    EXPECT_TRUE(port.connected());
+    EXPECT_TRUE(io->socket_open());
+  }
+}
+
 TEST_F(RelayTest, WhatTheLastProgramWroteWaitsForTheTerminalsXon) {
   Make(true);
   Connect(true);
