@@ -4,64 +4,16 @@
 
 #include <nlohmann/json.hpp>
 
+#include "config_appl/driver/driver_commands.h"
 #include "config_appl/driver/vsp_command.h"
 #include "config_appl/store/stored_port.h"
 #include "daemon/port_settings.h"
 #include "daemon/status_report.h"
 #include "platform/device/vspd_device.h"
 #include "platform/runtime/conversion_error.h"
+#include "platform/runtime/strings.h"
 
 namespace ketra::vspd {
-namespace {
-
-std::string HexBytes(const VspBytes& bytes) {
-  static constexpr char kDigits[] = "0123456789ABCDEF";
-  std::string text;
-  for (const std::uint8_t byte : bytes) {
-    text += kDigits[byte >> 4];
-    text += kDigits[byte & 15];
-  }
-  return text;
-}
-
-}  // namespace
-
-std::string ConnectMessage(std::uint8_t status) {
-  switch (status) {
-    case 112:
-      return "Connect Successful";
-    case 15:
-      return "Already Connected";
-    case 19:
-      return "Connection Timed Out";
-    case 21:
-      return "Connection Failed";
-    case 22:
-      return "Release Failed";
-    case 0:
-      return "Already in the Connected state";
-    default:
-      return "Unable to Connect, Please check the configuration parameters";
-  }
-}
-
-std::string DisconnectMessage(std::uint8_t status) {
-  switch (status) {
-    case 113:
-      return "Disconnect Successful";
-    case 19:
-      return "Connection Timed Out";
-    case 21:
-      return "Connectio Failed";
-    case 22:
-      return "Release Failed";
-    case 0:
-      return "Already in the Disconnected state";
-    default:
-      return "Unable to Disconnect, Please check the configuration parameters";
-  }
-}
-
 int RunStatus(const std::string& socket_path, bool json, std::ostream& out, std::ostream& err) {
   const auto document = device::QueryVspdStatus(socket_path, std::chrono::seconds(5));
   if (!document) {
@@ -91,33 +43,27 @@ int RunPortCommand(registry::Registry& registry, device::DeviceIo& device, bool 
         << port << "\n";
     return 2;
   }
-  VspBytes input{};
+  device::Record input{};
   try {
     input = EncodeVspCommand(CommandFromRow(*row));
   } catch (const runtime::ConversionError& error) {
     err << port << ": stored settings do not fit the command record: " << error.what() << "\n";
     return 2;
   }
-  const std::string path = "\\\\.\\" + port + (connect ? "" : "\\p");
-  const device::SecurityAttributes security{};
-  const device::Handle handle = device.CreateFile(path, 0, device::kFileShareReadWrite, &security,
-                                                  device::kOpenExisting, 0, 0);
-  if (handle == device::kInvalidHandleValue) {
+  const DriverCommand& command = connect ? kConnectCommand : kDisconnectCommand;
+  const DriverAnswer answer = CallDriver(device, command, port, input);
+  if (answer.handle == device::kInvalidHandleValue) {
     err << port << ": Unable to open handle for the port\n";
     return 1;
   }
-  VspBytes output{};
-  std::uint32_t returned = 0;
-  device.DeviceIoControl(handle, connect ? device::kIoctlVspConnect : device::kIoctlVspDisconnect,
-                         input.data(), static_cast<std::uint32_t>(input.size()), output.data(),
-                         static_cast<std::uint32_t>(output.size()), &returned);
-  device.CloseHandle(handle);
-  const std::uint8_t status = output[11];
-  out << port << ": " << (connect ? ConnectMessage(status) : DisconnectMessage(status))
-      << " (Status " << static_cast<int>(status) << ", sent " << HexBytes(input) << ")\n";
-  const bool fine = status == kStatusAlreadyInState ||
-                    (connect ? status == kStatusConnected || status == kStatusAlreadyConnected
-                             : status == kStatusDisconnected);
+  device.CloseHandle(answer.handle);
+  const std::uint8_t status = answer.status;
+  out << port << ": " << command.message(status).text << " (Status " << static_cast<int>(status)
+      << ", sent " << runtime::HexUpper(input) << ")\n";
+  const bool fine =
+      status == device::kStatusAlreadyInState ||
+      (connect ? status == device::kStatusConnected || status == device::kStatusAlreadyConnected
+               : status == device::kStatusDisconnected);
   return fine ? 0 : 1;
 }
 

@@ -16,10 +16,6 @@
 
 namespace ketra::vspd {
 
-// The panel's message for a Status value after a connect, or after a disconnect.
-std::string ConnectMessage(std::uint8_t status);
-std::string DisconnectMessage(std::uint8_t status);
-
 int RunStatus(const std::string& socket_path, bool json, std::ostream& out, std::ostream& err);
 
 int RunPortCommand(registry::Registry& registry, device::DeviceIo& device, bool connect,

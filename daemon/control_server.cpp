@@ -14,6 +14,7 @@
 #include "daemon/log.h"
 #include "daemon/port_settings.h"
 #include "platform/device/device.h"
+#include "platform/runtime/strings.h"
 
 namespace ketra::vspd {
 namespace {
@@ -43,16 +44,6 @@ std::string PeerOf(int fd) {
   return "pid " + std::to_string(credentials.pid) + " uid " + std::to_string(credentials.uid);
 }
 
-std::string Hex(const wire::Record& record) {
-  static constexpr char kDigits[] = "0123456789ABCDEF";
-  std::string text;
-  for (const std::uint8_t byte : record) {
-    text += kDigits[byte >> 4];
-    text += kDigits[byte & 15];
-  }
-  return text;
-}
-
 wire::Reply Refuse(std::uint32_t error, std::string reason, bool* close) {
   *close = true;
   if (reason.size() > wire::kMaxReasonLength) reason.resize(wire::kMaxReasonLength);
@@ -65,15 +56,15 @@ wire::Record ExecuteControl(VirtualPort& port, std::uint32_t code, const wire::R
                             std::string* problem) {
   if (code == device::kIoctlVspDisconnect) {
     const std::uint8_t status = port.Disconnect();
-    if (status == kStatusReleaseFailed) *problem = port.last_problem();
+    if (status == device::kStatusReleaseFailed) *problem = port.last_problem();
     return Answer(input, status);
   }
   // Connect. A port that is connected says so whatever the record holds.
-  if (port.connected()) return Answer(input, kStatusAlreadyConnected);
+  if (port.connected()) return Answer(input, device::kStatusAlreadyConnected);
   const auto settings = SettingsFromRecord(input, problem);
-  if (!settings) return Answer(input, kStatusBadParameters);
+  if (!settings) return Answer(input, device::kStatusBadParameters);
   const std::uint8_t status = port.Connect(*settings);
-  if (status != kStatusConnected) *problem = port.last_problem();
+  if (status != device::kStatusConnected) *problem = port.last_problem();
   return Answer(input, status);
 }
 
@@ -291,8 +282,9 @@ wire::Reply ControlServer::Handle(Connection& connection, const wire::Request& r
     std::string problem;
     const wire::Record output = ExecuteControl(*port, ioctl->code, ioctl->input, &problem);
     const bool connect = ioctl->code == device::kIoctlVspConnect;
-    std::string line = port->name() + (connect ? " connect " : " disconnect ") + Hex(ioctl->input) +
-                       " from " + connection.peer + ": Status " + std::to_string(output[11]);
+    std::string line = port->name() + (connect ? " connect " : " disconnect ") +
+                       runtime::HexUpper(ioctl->input) + " from " + connection.peer + ": Status " +
+                       std::to_string(device::StatusOf(output));
     if (!problem.empty()) line += " (" + problem + ")";
     LogInfo(line);
     return wire::IoctlReply{wire::kErrorSuccess, output};

@@ -13,15 +13,10 @@
 #include "platform/registry/hive_location.h"
 #include "platform/runtime/build_info.h"
 #include "platform/runtime/site_config.h"
+#include "platform/runtime/strings.h"
 
 namespace ketra::vspd {
 namespace {
-
-std::string Upper(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](char c) { return c >= 'a' && c <= 'z' ? char(c - 'a' + 'A') : c; });
-  return text;
-}
 
 // Checks what CLI11 cannot: names, duplicates, the address. Throws CLI::ValidationError.
 void Validate(DaemonConfig& config, const std::string& bind_text) {
@@ -34,7 +29,7 @@ void Validate(DaemonConfig& config, const std::string& bind_text) {
       throw CLI::ValidationError(
           "--ports", "bad port name '" + name + "': 1 to 32 letters, digits, '_' or '-'");
     }
-    if (!seen.insert(Upper(name)).second) {
+    if (!seen.insert(runtime::AsciiUpper(name)).second) {
       throw CLI::ValidationError("--ports", "port " + name + " named twice");
     }
   }

@@ -21,6 +21,7 @@
 #include "platform/device/device.h"
 #include "platform/runtime/conversion_error.h"
 #include "platform/runtime/lock_file.h"
+#include "platform/runtime/strings.h"
 
 namespace ketra::vspd {
 namespace {
@@ -32,13 +33,6 @@ sigset_t DaemonSignals() {
   sigaddset(&set, SIGINT);
   sigaddset(&set, SIGHUP);
   return set;
-}
-
-bool SameName(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-           const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; };
-           return lower(x) == lower(y);
-         });
 }
 
 // Each port takes three descriptors and each control connection one; the soft limit is raised
@@ -260,7 +254,7 @@ void Daemon::ConnectEnabledPorts() {
     }
     if (row->Enabled != -1) continue;
     try {
-      const VspBytes record = EncodeVspCommand(CommandFromRow(*row));
+      const device::Record record = EncodeVspCommand(CommandFromRow(*row));
       std::string problem;
       const wire::Record output = ExecuteControl(*port, device::kIoctlVspConnect, record, &problem);
       LogInfo(port->name() + ": connect at start: Status " + std::to_string(output[11]) +
@@ -277,7 +271,7 @@ void Daemon::Run() {
 
 VirtualPort* Daemon::FindPort(std::string_view name) {
   for (const auto& port : ports_) {
-    if (SameName(port->name(), name)) return port.get();
+    if (runtime::EqualsNoCase(port->name(), name)) return port.get();
   }
   return nullptr;
 }

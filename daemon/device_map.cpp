@@ -3,19 +3,12 @@
 #include <algorithm>
 
 #include "platform/registry/scoped_key.h"
+#include "platform/runtime/strings.h"
 
 namespace ketra::vspd {
 namespace {
 
 using registry::HKey;
-
-bool StartsWithNoCase(std::string_view text, std::string_view prefix) {
-  return text.size() >= prefix.size() &&
-         std::equal(prefix.begin(), prefix.end(), text.begin(), [](char a, char b) {
-           const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; };
-           return lower(a) == lower(b);
-         });
-}
 
 }  // namespace
 
@@ -39,7 +32,7 @@ bool DeviceMap::Publish(const std::vector<std::string>& port_names, std::string*
     std::vector<std::uint8_t> data;
     if (registry_.EnumValue(key.get(), index, &name, &type, &data) != registry::kErrorSuccess)
       break;
-    if (StartsWithNoCase(name, kDeviceNamePrefix)) stale.push_back(name);
+    if (runtime::StartsWithNoCase(name, kDeviceNamePrefix)) stale.push_back(name);
   }
   for (const std::string& name : stale) registry_.DeleteValue(key.get(), name);
 

@@ -48,12 +48,12 @@ void VirtualPort::Watch() {
 }
 
 std::uint8_t VirtualPort::Connect(const PortSettings& settings) {
-  if (connected()) return kStatusAlreadyConnected;
+  if (connected()) return device::kStatusAlreadyConnected;
   last_problem_.clear();
   const net::Endpoint local{options_.bind_address, settings.local_port};
   if (const int error = io_->OpenSocket(local, options_.socket_buffer_bytes); error != 0) {
     last_problem_ = "cannot bind UDP " + local.ToString() + ": " + std::strerror(error);
-    return kStatusConnectionFailed;
+    return device::kStatusConnectionFailed;
   }
   try {
     socket_watch_ =
@@ -61,18 +61,18 @@ std::uint8_t VirtualPort::Connect(const PortSettings& settings) {
   } catch (const std::system_error& error) {
     io_->CloseSocket();
     last_problem_ = error.what();
-    return kStatusConnectionFailed;
+    return device::kStatusConnectionFailed;
   }
   settings_ = settings;
   flow_ = settings.software_flow ? FlowControl::Software(settings.xon, settings.xoff)
                                  : FlowControl::Hardware();
   UpdateInterest();
   if (on_change_) on_change_(*this);
-  return kStatusConnected;
+  return device::kStatusConnected;
 }
 
 std::uint8_t VirtualPort::Disconnect() {
-  if (!connected()) return kStatusAlreadyInState;
+  if (!connected()) return device::kStatusAlreadyInState;
   poller_.Remove(socket_watch_);
   socket_watch_ = 0;
   const int error = io_->CloseSocket();
@@ -89,9 +89,9 @@ std::uint8_t VirtualPort::Disconnect() {
   if (on_change_) on_change_(*this);
   if (error != 0) {
     last_problem_ = std::string("releasing the UDP socket: ") + std::strerror(error);
-    return kStatusReleaseFailed;
+    return device::kStatusReleaseFailed;
   }
-  return kStatusDisconnected;
+  return device::kStatusDisconnected;
 }
 
 void VirtualPort::OnPtyEvents(std::uint32_t events) {

@@ -39,7 +39,7 @@ std::optional<PortSettings> SettingsFromRecord(const Record& record, std::string
 
 Record Answer(const Record& input, std::uint8_t status) {
   Record output = input;
-  output[11] = status;
+  output[device::kStatusOffset] = status;
   return output;
 }
 

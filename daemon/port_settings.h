@@ -1,8 +1,8 @@
-// What the daemon makes of the 12-byte record of a connect command, and the Status values it
-// answers with. The record is read as the driver's side of the contract: remote address at
-// offset 0 (first octet first), remote and local port as 16-bit little-endian values taken
-// unsigned (the panel's -1 is port 65535), flow control 0 hardware or 1 software, XOFF, XON.
-// Pure functions; thread-safe.
+// What the daemon makes of the 12-byte record of a connect command, and its answer (the Status
+// values are the driver contract's, platform/device/driver_contract.h). The record is read as the
+// driver's side of the contract: remote address at offset 0 (first octet first), remote and local
+// port as 16-bit little-endian values taken unsigned (the panel's -1 is port 65535), flow control 0
+// hardware or 1 software, XOFF, XON. Pure functions; thread-safe.
 #ifndef KETRA_DAEMON_PORT_SETTINGS_H_
 #define KETRA_DAEMON_PORT_SETTINGS_H_
 
@@ -15,16 +15,6 @@
 #include "platform/net/udp_socket.h"
 
 namespace ketra::vspd {
-
-inline constexpr std::uint8_t kStatusAlreadyInState = 0;
-inline constexpr std::uint8_t kStatusAlreadyConnected = 15;
-inline constexpr std::uint8_t kStatusTimedOut = 19;
-inline constexpr std::uint8_t kStatusConnectionFailed = 21;
-inline constexpr std::uint8_t kStatusReleaseFailed = 22;
-// Settings the daemon cannot use; the panel shows its "check the configuration parameters".
-inline constexpr std::uint8_t kStatusBadParameters = 87;
-inline constexpr std::uint8_t kStatusConnected = 112;
-inline constexpr std::uint8_t kStatusDisconnected = 113;
 
 using device::Record;
 

@@ -40,7 +40,7 @@ class RelayTest : public ::testing::Test {
   }
   void Connect(bool software = false) {
     ASSERT_EQ(port_->Connect(PortSettings{kTerminal, 3000, software, kXon, kXoff}),
-              kStatusConnected);
+              device::kStatusConnected);
   }
   void FromTerminal(const Bytes& bytes, net::Endpoint from = kTerminal) {
     io_->from_terminal.push_back({bytes, from});
@@ -212,7 +212,7 @@ TEST_F(RelayTest, LossesAreCountedWhereTheyHappen) {
   io_->FailNext(Call::kSendTo, EAGAIN);
   io_->from_program = {Text("ab")};
   poller_.Fire(kPty, kReadable);
-  EXPECT_EQ(port_->Disconnect(), kStatusDisconnected);
+  EXPECT_EQ(port_->Disconnect(), device::kStatusDisconnected);
   EXPECT_EQ(port_->counters().discarded_bytes, 6u);
 
   Connect();
@@ -279,13 +279,13 @@ TEST_F(RelayTest, ConnectAndDisconnectAnswers) {
     bool connected_after;
   };
   const std::vector<Step> steps = {
-      {false, {}, kStatusAlreadyInState, false},
-      {true, Call::kOpenSocket, kStatusConnectionFailed, false},
-      {true, {}, kStatusConnected, true},
-      {true, {}, kStatusAlreadyConnected, true},
-      {false, Call::kCloseSocket, kStatusReleaseFailed, false},
-      {true, {}, kStatusConnected, true},
-      {false, {}, kStatusDisconnected, false},
+      {false, {}, device::kStatusAlreadyInState, false},
+      {true, Call::kOpenSocket, device::kStatusConnectionFailed, false},
+      {true, {}, device::kStatusConnected, true},
+      {true, {}, device::kStatusAlreadyConnected, true},
+      {false, Call::kCloseSocket, device::kStatusReleaseFailed, false},
+      {true, {}, device::kStatusConnected, true},
+      {false, {}, device::kStatusDisconnected, false},
   };
   for (std::size_t i = 0; i < steps.size(); ++i) {
     if (steps[i].failing) io_->FailNext(*steps[i].failing, EADDRINUSE);

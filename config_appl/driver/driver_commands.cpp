@@ -13,15 +13,9 @@ namespace {
 
 using forms::MsgBoxStyle;
 
-struct Command {
-  std::uint32_t control_code;
-  std::string_view path_suffix;
-  StatusMessage (*message)(std::uint8_t);
-};
-
 // The row of the port text, filled into the input record; every row that bears the name is
 // taken, the last one winning. No row leaves the record zero.
-bool FillRecord(Program& p, const std::string& port_text, VspBytes& in) {
+bool FillRecord(Program& p, const std::string& port_text, device::Record& in) {
   const Declarations& d = p.decl();
   for (int r = 0; r <= d.LastPort; ++r) {
     if (d.PortTable[r].PortName != port_text) continue;
@@ -36,54 +30,63 @@ bool FillRecord(Program& p, const std::string& port_text, VspBytes& in) {
   return true;
 }
 
-void Send(Program& p, const Command& command, const std::string& port_text) {
+void Send(Program& p, const DriverCommand& command, const std::string& port_text) {
   const std::uint8_t unfit_status = 255;  // falls under "any other" in both message tables
   if (port_text.substr(0, 3) != "COM") {
     p.MsgBox("Invalid Port Name! Please select a port from the drop down list",
              MsgBoxStyle::kInformation);
     return;
   }
-  VspBytes in{};
-  VspBytes out{};
-  const device::SecurityAttributes security{};
+  device::Record in{};
   if (!FillRecord(p, port_text, in)) {
     const StatusMessage m = command.message(unfit_status);
     p.MsgBox(m.text, m.style);
     return;
   }
-  std::string path = "\\\\.\\" + port_text;
-  path += command.path_suffix;
   device::DeviceIo& io = p.device();
   Declarations& d = p.decl();
-  d.DeviceHandle =
-      io.CreateFile(path, 0, device::kFileShareReadWrite, &security, device::kOpenExisting, 0, 0);
+  const DriverAnswer answer = CallDriver(io, command, port_text, in);
+  d.DeviceHandle = answer.handle;
   if (d.DeviceHandle == device::kInvalidHandleValue) {
     p.MsgBox("Unable to open handle for the port", MsgBoxStyle::kCritical);
     return;
   }
-  std::uint32_t bytes_returned = 0;
-  io.DeviceIoControl(d.DeviceHandle, command.control_code, in.data(), kVspCommandSize, out.data(),
-                     kVspCommandSize, &bytes_returned);
-  const StatusMessage m = command.message(out[kVspCommandSize - 1]);
+  const StatusMessage m = command.message(answer.status);
   p.MsgBox(m.text, m.style);
   io.CloseHandle(d.DeviceHandle);
 }
 
 }  // namespace
 
+DriverAnswer CallDriver(device::DeviceIo& io, const DriverCommand& command, std::string_view port,
+                        const device::Record& in) {
+  const device::SecurityAttributes security{};
+  DriverAnswer answer;
+  answer.handle =
+      io.CreateFile(device::DevicePath(port, command.control_path), 0, device::kFileShareReadWrite,
+                    &security, device::kOpenExisting, 0, 0);
+  if (answer.handle == device::kInvalidHandleValue) return answer;
+  device::Record out{};
+  std::uint32_t bytes_returned = 0;
+  io.DeviceIoControl(answer.handle, command.control_code, in.data(), device::kRecordSize,
+                     out.data(), device::kRecordSize, &bytes_returned);
+  answer.status = device::StatusOf(out);
+  return answer;
+}
+
 StatusMessage ConnectMessage(std::uint8_t status) {
   switch (status) {
-    case 112:
+    case device::kStatusConnected:
       return {"Connect Successful", MsgBoxStyle::kInformation};
-    case 15:
+    case device::kStatusAlreadyConnected:
       return {"Already Connected", MsgBoxStyle::kCritical};
-    case 19:
+    case device::kStatusTimedOut:
       return {"Connection Timed Out", MsgBoxStyle::kCritical};
-    case 21:
+    case device::kStatusConnectionFailed:
       return {"Connection Failed", MsgBoxStyle::kCritical};
-    case 22:
+    case device::kStatusReleaseFailed:
       return {"Release Failed", MsgBoxStyle::kCritical};
-    case 0:
+    case device::kStatusAlreadyInState:
       return {"Already in the Connected state", MsgBoxStyle::kInformation};
     default:
       return {"Unable to Connect, Please check the configuration parameters",
@@ -93,15 +96,15 @@ StatusMessage ConnectMessage(std::uint8_t status) {
 
 StatusMessage DisconnectMessage(std::uint8_t status) {
   switch (status) {
-    case 113:
+    case device::kStatusDisconnected:
       return {"Disconnect Successful", MsgBoxStyle::kInformation};
-    case 19:
+    case device::kStatusTimedOut:
       return {"Connection Timed Out", MsgBoxStyle::kCritical};
-    case 21:
+    case device::kStatusConnectionFailed:
       return {"Connectio Failed", MsgBoxStyle::kCritical};
-    case 22:
+    case device::kStatusReleaseFailed:
       return {"Release Failed", MsgBoxStyle::kCritical};
-    case 0:
+    case device::kStatusAlreadyInState:
       return {"Already in the Disconnected state", MsgBoxStyle::kInformation};
     default:
       return {"Unable to Disconnect, Please check the configuration parameters",
@@ -114,12 +117,12 @@ void CMD_CONNECT_Click(Program& p) {
   if (p.decl().InputInvalid == -1) return;
   CreateConfigFile2(p);
   const std::string port_text = p.Text("CMB_PORT");
-  Send(p, {device::kIoctlVspConnect, "", &ConnectMessage}, port_text);
+  Send(p, kConnectCommand, port_text);
 }
 
 void CMD_DISCONNECT_Click(Program& p) {
   const std::string port_text = p.Text("CMB_PORT");
-  Send(p, {device::kIoctlVspDisconnect, "\\p", &DisconnectMessage}, port_text);
+  Send(p, kDisconnectCommand, port_text);
 }
 
 }  // namespace ketra

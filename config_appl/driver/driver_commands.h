@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "config_appl/model/program.h"
+#include "platform/device/device.h"
 #include "platform/forms/services.h"
 
 namespace ketra {
@@ -23,6 +24,26 @@ struct StatusMessage {
 };
 StatusMessage ConnectMessage(std::uint8_t status);
 StatusMessage DisconnectMessage(std::uint8_t status);
+
+// What a command sends and where, and the message of its answer.
+struct DriverCommand {
+  std::uint32_t control_code;
+  bool control_path;  // the device path with "\p", as a disconnect opens it
+  StatusMessage (*message)(std::uint8_t status);
+};
+inline constexpr DriverCommand kConnectCommand{device::kIoctlVspConnect, false, &ConnectMessage};
+inline constexpr DriverCommand kDisconnectCommand{device::kIoctlVspDisconnect, true,
+                                                  &DisconnectMessage};
+
+// Opens the port's device for the command and makes the one control call with `in`. The handle
+// (kInvalidHandleValue when the open failed, and then no call was made) and the Status of the
+// answer (0 when the driver wrote none); the caller closes the handle.
+struct DriverAnswer {
+  device::Handle handle = device::kInvalidHandleValue;
+  std::uint8_t status = 0;
+};
+DriverAnswer CallDriver(device::DeviceIo& io, const DriverCommand& command, std::string_view port,
+                        const device::Record& in);
 
 }  // namespace ketra
 

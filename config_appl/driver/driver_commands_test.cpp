@@ -39,7 +39,7 @@ class DriverCommandTest : public ::testing::Test {
 
 TEST(VspCommand, EncodesTheDocumentedExample) {
   PortRecord row{-1, "COM5", "192.168.1.35", "3003", "3000", "1", 17, 19};
-  const VspBytes bytes = EncodeVspCommand(CommandFromRow(row));
+  const device::Record bytes = EncodeVspCommand(CommandFromRow(row));
   EXPECT_EQ(Hex({bytes.begin(), bytes.end()}), "C0A80123BB0BB80B01131100");
   const VspCommand back = DecodeVspCommand(bytes);
   EXPECT_EQ(back.RemotePort, 3003);

@@ -6,7 +6,7 @@
 
 namespace ketra {
 
-VspBytes EncodeVspCommand(const VspCommand& c) {
+device::Record EncodeVspCommand(const VspCommand& c) {
   const auto remote_port = static_cast<std::uint16_t>(c.RemotePort);
   const auto local_port = static_cast<std::uint16_t>(c.LocalPort);
   return {static_cast<std::uint8_t>(c.RemoteIP & 0xFF),
@@ -23,7 +23,7 @@ VspBytes EncodeVspCommand(const VspCommand& c) {
           c.Status};
 }
 
-VspCommand DecodeVspCommand(std::span<const std::uint8_t, kVspCommandSize> b) {
+VspCommand DecodeVspCommand(std::span<const std::uint8_t, device::kRecordSize> b) {
   VspCommand c;
   c.RemoteIP = static_cast<std::uint32_t>(b[0]) | static_cast<std::uint32_t>(b[1]) << 8 |
                static_cast<std::uint32_t>(b[2]) << 16 | static_cast<std::uint32_t>(b[3]) << 24;

@@ -1,13 +1,14 @@
-// The 12-byte record exchanged with the virtual serial port driver, each way, and how a port's
-// row becomes one. Byte layout: remote address (4, first octet first), remote port (2, signed,
-// little-endian), local port (2, signed, little-endian), flow control, XOFF, XON, Status.
-// Plain data and pure functions; thread-safe.
+// The 12-byte record exchanged with the virtual serial port driver (device::Record), each way,
+// and how a port's row becomes one. Byte layout: remote address (4, first octet first), remote port
+// (2, signed, little-endian), local port (2, signed, little-endian), flow control, XOFF, XON,
+// Status. Plain data and pure functions; thread-safe.
 #ifndef KETRA_CONFIG_APPL_DRIVER_VSP_COMMAND_H_
 #define KETRA_CONFIG_APPL_DRIVER_VSP_COMMAND_H_
 
-#include <array>
 #include <cstdint>
 #include <span>
+
+#include "platform/device/driver_contract.h"
 
 namespace ketra {
 
@@ -23,11 +24,8 @@ struct VspCommand {
   std::uint8_t Status = 0;
 };
 
-inline constexpr std::size_t kVspCommandSize = 12;
-using VspBytes = std::array<std::uint8_t, kVspCommandSize>;
-
-VspBytes EncodeVspCommand(const VspCommand& command);
-VspCommand DecodeVspCommand(std::span<const std::uint8_t, kVspCommandSize> bytes);
+device::Record EncodeVspCommand(const VspCommand& command);
+VspCommand DecodeVspCommand(std::span<const std::uint8_t, device::kRecordSize> bytes);
 
 // The record a connect or disconnect sends for `row`: the leading numbers of its texts rounded
 // into their fields (halves to even), the address as inet_addr reads it, Status 0.

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "config_appl/store/registry_value.h"
+#include "config_appl/store/settings_save.h"
 #include "platform/runtime/conversions.h"
 
 namespace ketra {
@@ -44,7 +45,7 @@ void ConfigureFromTheFile2(Program& p) {
       return ReadPortValue(p, name, value_name);
     };
 
-    if (LeadingNumber(read("ENABLED")) == 49) {
+    if (LeadingNumber(read("ENABLED")) == kStoredOn) {
       row.Enabled = -1;
       p.SetValue("OPT_ENB", true);
       p.SetValue("OPT_DSB", false);
@@ -57,7 +58,7 @@ void ConfigureFromTheFile2(Program& p) {
     row.LocalPort = read("LOCALPORT");
     p.SetText("TXT_LOCPORT", d.RegValue);
 
-    if (LeadingNumber(read("FLOWCONTROL")) == 49) {
+    if (LeadingNumber(read("FLOWCONTROL")) == kStoredOn) {
       row.FlowControl = "1";
       p.SetValue("OPT_SWF", true);
       const std::string& xoff = read("XOFF");

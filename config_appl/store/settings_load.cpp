@@ -1,6 +1,7 @@
 #include "config_appl/store/settings_load.h"
 
 #include "config_appl/store/registry_value.h"
+#include "config_appl/store/settings_save.h"
 #include "platform/runtime/conversions.h"
 
 namespace ketra {
@@ -16,9 +17,10 @@ void ReadPortSettings(registry::Registry& reg, std::string& reg_value, PortRecor
   auto held = [&](std::string_view value_name) {
     return missing == MissingValue::kReadBlanks || PortValueExists(reg, name, value_name);
   };
-  if (held("ENABLED")) row.Enabled = LeadingNumber(read("ENABLED")) == 49 ? -1 : 0;
+  if (held("ENABLED")) row.Enabled = LeadingNumber(read("ENABLED")) == kStoredOn ? -1 : 0;
   if (held("LOCALPORT")) row.LocalPort = read("LOCALPORT");
-  if (held("FLOWCONTROL")) row.FlowControl = LeadingNumber(read("FLOWCONTROL")) == 48 ? "0" : "1";
+  if (held("FLOWCONTROL"))
+    row.FlowControl = LeadingNumber(read("FLOWCONTROL")) == kStoredOff ? "0" : "1";
   if (row.FlowControl == "1") {
     if (held("XOFF")) row.XOFF = runtime::ByteFromText(read("XOFF"));
     if (held("XON")) row.XON = runtime::ByteFromText(read("XON"));

@@ -9,7 +9,7 @@
 
 namespace ketra {
 
-std::string StoredSwitch(bool on) { return on ? "49" : "48"; }
+std::string StoredSwitch(bool on) { return std::to_string(on ? kStoredOn : kStoredOff); }
 
 std::string StoredPortNumber(const std::string& port_text) {
   return runtime::NumberText(runtime::LeadingNumber(port_text));

@@ -8,13 +8,12 @@
 #include <cstdint>
 #include <string_view>
 
+#include "platform/device/driver_contract.h"
+
 namespace ketra::device {
 
 using Handle = std::int32_t;
 inline constexpr Handle kInvalidHandleValue = -1;
-
-inline constexpr std::uint32_t kIoctlVspConnect = 0x80202000u;
-inline constexpr std::uint32_t kIoctlVspDisconnect = 0x80202004u;
 
 inline constexpr std::uint32_t kFileShareReadWrite = 3;
 inline constexpr std::uint32_t kOpenExisting = 3;

@@ -5,19 +5,9 @@
 #include <algorithm>
 
 namespace ketra::device {
-namespace {
-
-constexpr std::uint32_t kRecordSize = 12;
-constexpr std::size_t kStatusOffset = 11;
-
-}  // namespace
 
 std::string ScriptedDevice::PortOfPath(std::string_view path) {
-  constexpr std::string_view kDisconnectSuffix = "\\p";
-  if (path.size() >= kDisconnectSuffix.size() &&
-      path.substr(path.size() - kDisconnectSuffix.size()) == kDisconnectSuffix) {
-    path.remove_suffix(kDisconnectSuffix.size());
-  }
+  if (path.ends_with(kControlPathSuffix)) path.remove_suffix(kControlPathSuffix.size());
   return std::string(path);
 }
 
@@ -45,9 +35,9 @@ bool ScriptedDevice::DeviceIoControl(Handle device, std::uint32_t control_code,
     status = status_;
   } else if (control_code == kIoctlVspConnect) {
     // kAuto, and kOpenFails for a handle opened before the opens began to fail.
-    status = connected_.insert(port->second).second ? kConnected : kAlreadyConnected;
+    status = connected_.insert(port->second).second ? kStatusConnected : kStatusAlreadyConnected;
   } else if (control_code == kIoctlVspDisconnect) {
-    status = connected_.erase(port->second) > 0 ? kDisconnected : kAlreadyInState;
+    status = connected_.erase(port->second) > 0 ? kStatusDisconnected : kStatusAlreadyInState;
   } else {
     return false;  // a code this driver does not know
   }

@@ -26,12 +26,6 @@ class ScriptedDevice : public DeviceIo {
     kOpenFails,  // opens fail; handles opened before still answer as kAuto
   };
 
-  // The answers of a healthy driver.
-  static constexpr std::uint8_t kConnected = 112;
-  static constexpr std::uint8_t kDisconnected = 113;
-  static constexpr std::uint8_t kAlreadyConnected = 15;
-  static constexpr std::uint8_t kAlreadyInState = 0;
-
   // Back to the healthy driver. Which ports are connected is kept across mode changes.
   void SetAuto() { mode_ = Mode::kAuto; }
   void SetStatus(std::uint8_t status) {

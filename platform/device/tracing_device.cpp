@@ -1,11 +1,6 @@
 #include "platform/device/tracing_device.h"
 
 namespace ketra::device {
-namespace {
-
-constexpr std::uint32_t kStatusOffset = 11;
-
-}  // namespace
 
 Handle TracingDevice::CreateFile(std::string_view path, std::uint32_t desired_access,
                                  std::uint32_t share_mode, const SecurityAttributes* security,

@@ -20,7 +20,6 @@
 namespace ketra::device {
 
 inline constexpr std::chrono::milliseconds kDefaultVspdAnswerTimeout{10000};
-inline constexpr std::uint8_t kStatusTimedOut = 19;
 
 std::unique_ptr<DeviceIo> MakeVspdDevice(std::string socket_path);
 std::unique_ptr<DeviceIo> MakeVspdDevice(std::string socket_path,

@@ -164,7 +164,7 @@ class VspdDevice final : public DeviceIo {
         // A late answer must not be mistaken for the next call's, so the connection goes.
         found->second.Reset();
         wire::Record timed_out{};
-        timed_out[wire::kRecordSize - 1] = kStatusTimedOut;
+        timed_out[kStatusOffset] = kStatusTimedOut;
         std::memcpy(out, timed_out.data(), wire::kRecordSize);
         if (bytes_returned != nullptr) *bytes_returned = wire::kRecordSize;
         return true;

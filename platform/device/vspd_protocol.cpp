@@ -204,14 +204,12 @@ bool IsValidPortName(std::string_view name) {
 }
 
 std::optional<DevicePath> ParseDevicePath(std::string_view path) {
-  constexpr std::string_view kPrefix = "\\\\.\\";
-  constexpr std::string_view kSuffix = "\\p";
-  if (!path.starts_with(kPrefix)) return std::nullopt;
-  path.remove_prefix(kPrefix.size());
+  if (!path.starts_with(kDevicePathPrefix)) return std::nullopt;
+  path.remove_prefix(kDevicePathPrefix.size());
   DevicePath result;
-  if (path.ends_with(kSuffix)) {
+  if (path.ends_with(kControlPathSuffix)) {
     result.control_suffix = true;
-    path.remove_suffix(kSuffix.size());
+    path.remove_suffix(kControlPathSuffix.size());
   }
   if (!IsValidPortName(path)) return std::nullopt;
   result.port = std::string(path);

@@ -1,20 +1,13 @@
 // The headless form engine. Every rule the program relies on lives here, so that the session
 // and the window, which both drive a Form, behave alike.
 #include "platform/forms/form.h"
+#include "platform/runtime/strings.h"
 
 #include <algorithm>
 #include <stdexcept>
 
 namespace ketra::forms {
 namespace {
-
-std::string Upper(std::string_view name) {
-  std::string upper(name);
-  for (char& ch : upper) {
-    if (ch >= 'a' && ch <= 'z') ch = static_cast<char>(ch - 'a' + 'A');
-  }
-  return upper;
-}
 
 // The selection of a box held in range of its text, whatever the program assigned.
 struct Selection {
@@ -79,15 +72,15 @@ Form::Form(std::span<const ControlSpec> layout, MessageBoxService& boxes) : boxe
                                     std::string(spec.name) + " is not laid out before it");
       }
     }
-    const auto [where, fresh] =
-        by_upper_name_.emplace(Upper(spec.name), static_cast<ControlId>(controls_.size()));
+    const auto [where, fresh] = by_upper_name_.emplace(runtime::AsciiUpper(spec.name),
+                                                       static_cast<ControlId>(controls_.size()));
     if (!fresh) throw std::invalid_argument("two controls are named " + std::string(spec.name));
     controls_.push_back(std::move(control));
   }
 }
 
 ControlId Form::Find(std::string_view name) const {
-  const auto it = by_upper_name_.find(Upper(name));
+  const auto it = by_upper_name_.find(runtime::AsciiUpper(name));
   return it == by_upper_name_.end() ? kNoControl : it->second;
 }
 

@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include "platform/runtime/conversion_error.h"
+#include "platform/runtime/strings.h"
 
 namespace ketra::runtime {
 namespace {
@@ -190,11 +191,7 @@ Scan ScanNumber(Cursor& in, ExponentLetters letters) {
   return scan;
 }
 
-std::string_view TrimBlanks(std::string_view text) {
-  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
-  return text;
-}
+std::string_view TrimBlanks(std::string_view text) { return TrimAny(text, " \t\n"); }
 
 // Reads the whole text as one number, blanks around it allowed; nullopt-like flag when not.
 bool ReadWhole(std::string_view text, double* value) {
@@ -329,17 +326,8 @@ std::uint8_t CharCode(std::string_view text) {
 
 std::int16_t TruthFromText(std::string_view text) {
   std::string_view word = TrimBlanks(text);
-  auto equals_word = [&](std::string_view expected) {
-    if (word.size() != expected.size()) return false;
-    for (std::size_t i = 0; i < word.size(); ++i) {
-      char c = word[i];
-      if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-      if (c != expected[i]) return false;
-    }
-    return true;
-  };
-  if (equals_word("true")) return -1;
-  if (equals_word("false")) return 0;
+  if (EqualsNoCase(word, "true")) return -1;
+  if (EqualsNoCase(word, "false")) return 0;
   double value = 0;
   if (!ReadWhole(text, &value)) TypeMismatch();
   return value != 0 ? -1 : 0;

@@ -4,16 +4,12 @@
 #include <iterator>
 
 #include "platform/runtime/build_info.h"
+#include "platform/runtime/strings.h"
 
 namespace ketra::runtime {
 namespace {
 
-std::string_view Trim(std::string_view text) {
-  const auto blank = [](char c) { return c == ' ' || c == '\t' || c == '\r'; };
-  while (!text.empty() && blank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && blank(text.back())) text.remove_suffix(1);
-  return text;
-}
+std::string_view Trim(std::string_view text) { return TrimAny(text, " \t\r"); }
 
 bool IsName(std::string_view name) {
   if (name.empty()) return false;

@@ -1,5 +1,6 @@
 // Writing a key and everything below it in the REGEDIT4 form.
 #include "tools/ketra-reg/reg_export.h"
+#include "platform/runtime/strings.h"
 
 #include <cstdio>
 #include <vector>
@@ -18,16 +19,6 @@ using registry::Registry;
 using registry::Status;
 
 constexpr std::string_view kRootName = "HKEY_LOCAL_MACHINE";
-
-char Upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
-
-bool EqualsNoCase(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    if (Upper(a[i]) != Upper(b[i])) return false;
-  }
-  return true;
-}
 
 std::string Quote(std::string_view ansi) {
   std::string escaped;
@@ -102,7 +93,7 @@ Status ExportText(Registry& reg, std::string_view full_path, std::string* text) 
     std::string name;
     std::string found;
     for (std::uint32_t i = 0; reg.EnumKey(key.get(), i, &name) == kErrorSuccess; ++i) {
-      if (EqualsNoCase(name, part)) found = name;
+      if (runtime::EqualsNoCase(name, part)) found = name;
     }
     HKey child = 0;
     Status status = reg.OpenKeyEx(key.get(), part, 0, registry::kKeyRead, &child);

@@ -1,6 +1,7 @@
 // Reading a REGEDIT4 file into a list of changes: lines joined into statements, then each
 // statement checked and turned into one change.
 #include "tools/ketra-reg/reg_parse.h"
+#include "platform/runtime/strings.h"
 
 #include "platform/runtime/codepage.h"
 
@@ -10,23 +11,9 @@ namespace {
 constexpr std::string_view kRootName = "HKEY_LOCAL_MACHINE";
 constexpr std::string_view kRootShortName = "HKLM";
 
-char Upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
-
-bool EqualsNoCase(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    if (Upper(a[i]) != Upper(b[i])) return false;
-  }
-  return true;
-}
-
 bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 
-std::string_view TrimBlanks(std::string_view s) {
-  while (!s.empty() && IsBlank(s.front())) s.remove_prefix(1);
-  while (!s.empty() && IsBlank(s.back())) s.remove_suffix(1);
-  return s;
-}
+std::string_view TrimBlanks(std::string_view s) { return runtime::TrimAny(s, " \t"); }
 
 int HexValue(char c) {
   if (c >= '0' && c <= '9') return c - '0';
@@ -148,10 +135,6 @@ bool ReadHexBytes(std::string_view s, std::vector<std::uint8_t>* data, std::stri
   }
 }
 
-bool StartsWithNoCase(std::string_view s, std::string_view prefix) {
-  return s.size() >= prefix.size() && EqualsNoCase(s.substr(0, prefix.size()), prefix);
-}
-
 bool ParseData(std::string_view s, RegChange* change, std::string* problem) {
   s = TrimBlanks(s);
   if (s == "-") {
@@ -171,7 +154,7 @@ bool ParseData(std::string_view s, RegChange* change, std::string* problem) {
     change->data.push_back(0);
     return true;
   }
-  if (StartsWithNoCase(s, "dword:")) {
+  if (runtime::StartsWithNoCase(s, "dword:")) {
     std::string_view digits = s.substr(6);
     if (digits.empty() || digits.size() > 8) {
       *problem = "a dword needs 1 to 8 hexadecimal digits";
@@ -190,11 +173,11 @@ bool ParseData(std::string_view s, RegChange* change, std::string* problem) {
                     static_cast<std::uint8_t>(value >> 16), static_cast<std::uint8_t>(value >> 24)};
     return true;
   }
-  if (StartsWithNoCase(s, "hex:")) {
+  if (runtime::StartsWithNoCase(s, "hex:")) {
     change->type = registry::kRegBinary;
     return ReadHexBytes(s.substr(4), &change->data, problem);
   }
-  if (StartsWithNoCase(s, "hex(")) {
+  if (runtime::StartsWithNoCase(s, "hex(")) {
     std::size_t close = s.find("):");
     std::string_view digits = close == std::string_view::npos ? "" : s.substr(4, close - 4);
     std::uint32_t type = 0;
@@ -219,7 +202,7 @@ bool ParseData(std::string_view s, RegChange* change, std::string* problem) {
 bool RelativeKeyPath(std::string_view full_path, std::string* relative) {
   std::string_view rest;
   for (std::string_view root : {kRootName, kRootShortName}) {
-    if (StartsWithNoCase(full_path, root) &&
+    if (runtime::StartsWithNoCase(full_path, root) &&
         (full_path.size() == root.size() || full_path[root.size()] == '\\')) {
       rest = full_path.substr(root.size());
       if (!rest.empty()) rest.remove_prefix(1);

@@ -1,4 +1,5 @@
 #include "tools/ketra-session/json_dump.h"
+#include "platform/runtime/strings.h"
 
 #include <cstdio>
 #include <string>
@@ -7,17 +8,6 @@
 
 namespace ketra::session {
 namespace {
-
-std::string HexUpper(const std::vector<std::uint8_t>& bytes) {
-  static constexpr char kDigits[] = "0123456789ABCDEF";
-  std::string hex;
-  hex.reserve(bytes.size() * 2);
-  for (const std::uint8_t byte : bytes) {
-    hex.push_back(kDigits[byte >> 4]);
-    hex.push_back(kDigits[byte & 0x0F]);
-  }
-  return hex;
-}
 
 std::string CodeText(std::uint32_t code) {
   char buffer[16];
@@ -146,7 +136,7 @@ Json DeviceEvent(const device::DeviceCall& call) {
     case device::DeviceCall::Kind::kControl:
       line["event"] = "ioctl";
       line["code"] = CodeText(call.code);
-      line["in"] = HexUpper(call.in);
+      line["in"] = runtime::HexUpper(call.in);
       line["status"] = call.status;
       break;
     case device::DeviceCall::Kind::kClose:
