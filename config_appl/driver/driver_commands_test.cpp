@@ -37,6 +37,20 @@ class DriverCommandTest : public ::testing::Test {
   ProgramFixture f;
 };
 
+// The record read back field by field, as the driver reads it.
+VspCommand DecodeVspCommand(const device::Record& b) {
+  VspCommand c;
+  c.RemoteIP = static_cast<std::uint32_t>(b[0]) | static_cast<std::uint32_t>(b[1]) << 8 |
+               static_cast<std::uint32_t>(b[2]) << 16 | static_cast<std::uint32_t>(b[3]) << 24;
+  c.RemotePort = static_cast<std::int16_t>(b[4] | b[5] << 8);
+  c.LocalPort = static_cast<std::int16_t>(b[6] | b[7] << 8);
+  c.FlowControl = b[8];
+  c.XOFF = b[9];
+  c.XON = b[10];
+  c.Status = b[11];
+  return c;
+}
+
 TEST(VspCommand, EncodesTheDocumentedExample) {
   PortRecord row{-1, "COM5", "192.168.1.35", "3003", "3000", "1", 17, 19};
   const device::Record bytes = EncodeVspCommand(CommandFromRow(row));

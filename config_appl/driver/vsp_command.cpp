@@ -23,19 +23,6 @@ device::Record EncodeVspCommand(const VspCommand& c) {
           c.Status};
 }
 
-VspCommand DecodeVspCommand(std::span<const std::uint8_t, device::kRecordSize> b) {
-  VspCommand c;
-  c.RemoteIP = static_cast<std::uint32_t>(b[0]) | static_cast<std::uint32_t>(b[1]) << 8 |
-               static_cast<std::uint32_t>(b[2]) << 16 | static_cast<std::uint32_t>(b[3]) << 24;
-  c.RemotePort = static_cast<std::int16_t>(b[4] | b[5] << 8);
-  c.LocalPort = static_cast<std::int16_t>(b[6] | b[7] << 8);
-  c.FlowControl = b[8];
-  c.XOFF = b[9];
-  c.XON = b[10];
-  c.Status = b[11];
-  return c;
-}
-
 VspCommand CommandFromRow(const PortRecord& row) {
   VspCommand c;
   c.FlowControl = runtime::RoundToByte(runtime::LeadingNumber(row.FlowControl));

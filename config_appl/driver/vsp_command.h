@@ -6,7 +6,6 @@
 #define KETRA_CONFIG_APPL_DRIVER_VSP_COMMAND_H_
 
 #include <cstdint>
-#include <span>
 
 #include "platform/device/driver_contract.h"
 
@@ -25,7 +24,6 @@ struct VspCommand {
 };
 
 device::Record EncodeVspCommand(const VspCommand& command);
-VspCommand DecodeVspCommand(std::span<const std::uint8_t, device::kRecordSize> bytes);
 
 // The record a connect or disconnect sends for `row`: the leading numbers of its texts rounded
 // into their fields (halves to even), the address as inet_addr reads it, Status 0.

@@ -46,13 +46,6 @@ void SetRegistryValue(Program& p, registry::HKey hive, std::string_view company,
   reg.CloseKey(key);
 }
 
-std::string GetRegistryValue(Program& p, registry::HKey hive, std::string_view company,
-                             std::string_view product, std::string_view section,
-                             std::string_view value_name, std::string_view default_value) {
-  return GetRegistryValue(p.registry(), p.decl().RegValue, hive, company, product, section,
-                          value_name, default_value);
-}
-
 std::string GetRegistryValue(registry::Registry& reg, std::string& reg_value, registry::HKey hive,
                              std::string_view company, std::string_view product,
                              std::string_view section, std::string_view value_name,

@@ -25,22 +25,16 @@ void SetRegistryValue(Program& p, registry::HKey hive, std::string_view company,
                       std::string_view product, std::string_view section,
                       std::string_view value_name, std::string_view value);
 
-// Reads one value into p.decl().RegValue and returns it. A key that does not open returns
-// `default_value` and leaves RegValue as it was. Otherwise RegValue is read through a buffer of
-// 255 blanks: a type 0 value is cut to its length less the NUL; a missing value gives 254
-// blanks; a value of another type keeps all 255 characters.
-std::string GetRegistryValue(Program& p, registry::HKey hive, std::string_view company,
-                             std::string_view product, std::string_view section,
-                             std::string_view value_name, std::string_view default_value);
-
 // Dotted text of an address whose lowest byte is the first octet.
 std::string IpFromLong(std::int32_t address);
 
 // A copy of a zero-terminated 8-bit text, of exactly its length.
 std::string StringFromPointer(const char* text);
 
-// The same read with the registry and the text that takes RegValue's part given directly, for
-// readers outside a program instance.
+// Reads one value into `reg_value` (a program's RegValue) and returns it. A key that does not
+// open returns `default_value` and leaves `reg_value` as it was. Otherwise it is read through a
+// buffer of 255 blanks: a type 0 value is cut to its length less the NUL; a missing value gives
+// 254 blanks; a value of another type keeps all 255 characters.
 std::string GetRegistryValue(registry::Registry& reg, std::string& reg_value, registry::HKey hive,
                              std::string_view company, std::string_view product,
                              std::string_view section, std::string_view value_name,

@@ -18,8 +18,8 @@ void Set(Program& p, std::string_view section, std::string_view name, std::strin
 }
 
 std::string Get(Program& p, std::string_view section, std::string_view name) {
-  return GetRegistryValue(p, registry::kHKeyLocalMachine, kCompany, kProduct, section, name,
-                          "default");
+  return GetRegistryValue(p.registry(), p.decl().RegValue, registry::kHKeyLocalMachine, kCompany,
+                          kProduct, section, name, "default");
 }
 
 TEST(SetRegistryValue, StoresTheTextAndOneNulAsTypeZero) {
