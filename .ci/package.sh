@@ -35,14 +35,7 @@ export DEBIAN_FRONTEND=noninteractive
 # The tools of this job: the package build's, the validators, a serial client.
 needed=(debhelper dpkg-dev scdoc systemd libsystemd-dev desktop-file-utils python3-serial
         binutils passwd util-linux man-db)
-missing=()
-for p in "${needed[@]}"; do
-  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
-done
-if [ ${#missing[@]} -gt 0 ]; then
-  apt-get update -qq
-  apt-get -o DPkg::Lock::Timeout=300 install -y -qq --no-install-recommends "${missing[@]}"
-fi
+scripts/install-packages.sh "${needed[@]}"
 
 # A previous run's package goes first, so that this run installs afresh.
 if dpkg-query -W -f='${Status}' ketra 2>/dev/null | grep -q "ok installed\|config-files"; then

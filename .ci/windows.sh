@@ -11,16 +11,7 @@ packages=(
   g++-mingw-w64-x86-64-posix wine64
   nlohmann-json3-dev libcli11-dev libgtest-dev libgmock-dev
 )
-missing=()
-for p in "${packages[@]}"; do
-  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
-done
-if [ ${#missing[@]} -gt 0 ]; then
-  sudo=""
-  if [ "$(id -u)" -ne 0 ]; then sudo="sudo"; fi
-  $sudo apt-get update -qq
-  DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
-fi
+scripts/install-packages.sh "${packages[@]}"
 
 # Console programs only: no display, no Wine dialogs (no Mono or Gecko installer), no debug chatter.
 unset DISPLAY WAYLAND_DISPLAY

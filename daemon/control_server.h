@@ -85,6 +85,8 @@ class ControlServer {
   void OnAccept();
   void OnEvents(std::uint64_t id, std::uint32_t events);
   void OnMessage(std::uint64_t id, std::uint32_t events);
+  // Answers the message of `message_size` bytes that OnMessage read into buffer_.
+  void AnswerMessage(std::uint64_t id, std::size_t message_size);
   void Reply(std::uint64_t id, const wire::Reply& reply, bool close);
   // Sends what waits; false when the connection ended.
   bool Flush(std::uint64_t id);
