@@ -129,25 +129,6 @@ TEST_F(SessionTest, TextsRoundTripBetweenUtf8AndTheProgramsCodePage) {
   EXPECT_EQ(lines[1]["caption"], "caf\xC3\xA9 \"quoted\" back\\slash");
 }
 
-TEST_F(SessionTest, TypingFollowsTheCaretAndTheLengthLimit) {
-  const std::vector<json> lines =
-      Run("start\n"
-          "type TXT_LOCPORT \"12345\"\n"  // focus selects all, so 1 replaces 3000; 5 is dropped
-          "dump control TXT_LOCPORT\n"
-          "backspace TXT_LOCPORT\n"
-          "paste TXT_LOCPORT \"99\"\n"
-          "dump control TXT_LOCPORT\n"
-          "set TXT_LOCPORT \"1\"\n"   // the caret goes to 0
-          "type TXT_LOCPORT \"x\"\n"  // x1: the numeric guard empties the box
-          "dump control TXT_LOCPORT\n");
-  ASSERT_EQ(lines.size(), 3u);
-  EXPECT_EQ(lines[0]["text"], "1234");
-  EXPECT_EQ(lines[0]["selstart"], 4);
-  EXPECT_EQ(lines[1]["text"], "1239");
-  EXPECT_EQ(lines[1]["selstart"], 4);
-  EXPECT_EQ(lines[2]["text"], "");
-}
-
 TEST_F(SessionTest, AFailureNamesTheRoutineTheCommandRan) {
   // A stored XOFF that is no byte stops ConfigureFromTheFile2 inside the port choice.
   std::ostringstream out;
