@@ -604,8 +604,9 @@ class FormViewTest : public QObject {
     }
   }
 
-  // What a screen reader hears: each control's role and name through Qt's accessibility
-  // interfaces, the tab strip's pages, the lamps' colours, and the help over the boxes.
+  // What a screen reader hears beyond the names, roles and tab strip that the atspi test reads
+  // from the real window: the lamps' colours, the status page's controls, the press actions and
+  // the help over the boxes.
   void assistiveToolsReadNamesAndRoles() {
     WindowRun run;
     UserAtWindow user(run);
@@ -618,17 +619,7 @@ class FormViewTest : public QObject {
       QString name;
     };
     const Expected expected[] = {
-        {"TXT_LOCPORT", QAccessible::EditableText, "Local UDP Port"},
-        {"TXT_XON", QAccessible::EditableText, "XON"},
-        {"TXT_XOFF", QAccessible::EditableText, "XOFF"},
-        {"TXT_UDP", QAccessible::EditableText, "UDP Port On BGAN"},
-        {"TXT_IP1", QAccessible::EditableText, "IP Address Of BGAN part 1"},
-        {"TXT_IP4", QAccessible::EditableText, "IP Address Of BGAN part 4"},
         {"Interval_Time", QAccessible::EditableText, "Monitor Interval"},
-        {"CMB_PORT", QAccessible::ComboBox, "VCOM Port"},
-        {"OPT_ENB", QAccessible::RadioButton, "Enable"},
-        {"OPT_SWF", QAccessible::RadioButton, "Software Flow Control"},
-        {"CMD_APPLY", QAccessible::Button, "Apply"},
         {"VSP1Picture", QAccessible::Graphic, "VSP1: green"},
         {"VSP3Picture", QAccessible::Graphic, "VSP3: red"},
         {"Notinstalled", QAccessible::Graphic, "Not Installed: grey"},
@@ -640,16 +631,9 @@ class FormViewTest : public QObject {
       QCOMPARE(face->role(), e.role);
       QCOMPARE(face->text(QAccessible::Name), e.name);
     }
-    QVERIFY(read("OPT_ENB")->state().checked);
     QVERIFY(!read("OPT_DSB")->state().checked);
 
     QAccessibleInterface* strip = QAccessible::queryAccessibleInterface(run.view->tab_strip());
-    QCOMPARE(strip->role(), QAccessible::PageTabList);
-    QCOMPARE(strip->childCount(), 2);
-    QCOMPARE(strip->child(0)->role(), QAccessible::PageTab);
-    QCOMPARE(strip->child(0)->text(QAccessible::Name), QStringLiteral("Config"));
-    QCOMPARE(strip->child(1)->text(QAccessible::Name), QStringLiteral("Status"));
-    QVERIFY(strip->child(0)->state().selected);
     QCOMPARE(strip->indexOfChild(strip->child(1)), 1);
     // A tab's press action shows its page, as a click does; so does a lamp's new colour.
     strip->child(1)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());

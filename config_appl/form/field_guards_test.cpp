@@ -49,31 +49,6 @@ TEST_F(GuardTest, NumericGuardEmptiesAtTheFirstBadKeystroke) {
   EXPECT_TRUE(f.TakeBoxes().empty());
 }
 
-TEST_F(GuardTest, FocusSelectsAllSoTypingReplaces) {
-  Focus("TXT_LOCPORT");
-  EXPECT_EQ(f.p().Ctl("TXT_LOCPORT").sel_length, 4);
-  Type("TXT_LOCPORT", "7");
-  EXPECT_EQ(f.p().Text("TXT_LOCPORT"), "7");
-}
-
-TEST_F(GuardTest, BoundGuardSpeaksOnLeavingAnAddressField) {
-  f.p().SetText("TXT_IP1", "");
-  Focus("TXT_IP1");
-  Type("TXT_IP1", "256");
-  EXPECT_EQ(f.p().Text("TXT_IP1"), "256");
-  EXPECT_TRUE(f.TakeBoxes().empty());
-  Focus("TXT_LOCPORT");
-  EXPECT_EQ(f.TakeBoxes(), (std::vector<Box>{{"Invalid Ip Address", MsgBoxStyle::kPlain}}));
-  EXPECT_EQ(f.p().Text("TXT_IP1"), "");
-  EXPECT_EQ(f.p().form().focus(), Id("TXT_LOCPORT"));
-
-  f.p().SetText("TXT_IP2", "255");
-  Focus("TXT_IP2");
-  Focus("TXT_LOCPORT");
-  EXPECT_EQ(f.p().Text("TXT_IP2"), "255");
-  EXPECT_TRUE(f.TakeBoxes().empty());
-}
-
 TEST_F(GuardTest, DistinctnessGuardEmptiesTheFieldLeft) {
   f.p().SetValue("OPT_SWF", true);
   f.p().SetText("TXT_XON", "A");

@@ -14,27 +14,6 @@ using forms::MsgBoxStyle;
 using testing::Box;
 using testing::ProgramFixture;
 
-TEST(FormLoad, FirstRunStoresTheDefaultsAndShowsTheFirstPort) {
-  ProgramFixture f;
-  f.AddPorts(3);
-  ASSERT_TRUE(f.Start());
-  EXPECT_TRUE(f.TakeBoxes().empty());
-  Program& p = f.p();
-  EXPECT_EQ(p.decl().PortCount, 3);
-  EXPECT_EQ(p.decl().LastPort, 2);
-  EXPECT_EQ(p.Ctl("CMB_PORT").items, (std::vector<std::string>{"COM3", "COM4", "COM5"}));
-  EXPECT_EQ(p.Ctl("CMB_PORT").list_index, 0);
-  EXPECT_EQ(p.Text("TXT_LOCPORT"), "3000");
-  EXPECT_EQ(p.Text("TXT_UDP"), "3003");
-  EXPECT_EQ(p.Text("TXT_IP4"), "35");
-  EXPECT_EQ(f.Stored("COM4", "LOCALPORT"), "3001");
-  EXPECT_EQ(f.Stored("COM4", "REMOTEPORT"), "3004");
-  EXPECT_EQ(f.Stored("COM5", "REMOTEIP"), "587311296");
-  EXPECT_EQ(f.row(0).RemotePort, "3003");
-  EXPECT_EQ(p.decl().AppPath, "/opt/ketra");
-  EXPECT_FALSE(p.Ctl("TXT_XON").enabled);
-}
-
 TEST(FormLoad, LaterRunKeepsSoftwareFlowAndResetsHardwareFlowCharacters) {
   ProgramFixture f;
   f.AddPorts(2);
@@ -55,27 +34,6 @@ TEST(FormLoad, LaterRunKeepsSoftwareFlowAndResetsHardwareFlowCharacters) {
   EXPECT_EQ(p.Text("TXT_XON"), "&H11");
   EXPECT_TRUE(p.Value("OPT_SWF"));
   EXPECT_TRUE(p.Ctl("LBL_XON").enabled);
-}
-
-TEST(FormLoad, NoPortsShowsTheMessageAndTouchesNothing) {
-  ProgramFixture f;
-  EXPECT_FALSE(f.Start());
-  EXPECT_EQ(f.TakeBoxes(),
-            (std::vector<Box>{{"No virtual ports avaiable. Please install ports and start the "
-                               "application",
-                               MsgBoxStyle::kInformation}}));
-  EXPECT_TRUE(f.p().form().unloaded());
-  std::string name;
-  EXPECT_NE(f.memory->EnumKey(registry::kHKeyLocalMachine, 0, &name), registry::kErrorSuccess);
-}
-
-TEST(FormLoad, ASecondInstanceEndsSilently) {
-  ProgramFixture f;
-  f.AddPorts(1);
-  f.app.prev_instance = true;
-  EXPECT_FALSE(f.Start());
-  EXPECT_TRUE(f.TakeBoxes().empty());
-  EXPECT_EQ(f.Stored("COM3", "PORTNAME"), "<missing>");
 }
 
 TEST(FormLoad, AStoreThatCannotBeWrittenEndsTheStart) {

@@ -38,34 +38,6 @@ void Discover(ProgramFixture& f, int ports) {
   }
 }
 
-TEST(CreateConfigFile2, WritesTheDefaultsInTheirStoredForms) {
-  ProgramFixture f;
-  Discover(f, 2);
-  PopulateData(f.p());
-  CreateConfigFile2(f.p());
-  const std::vector<std::pair<std::string, std::string>> com3 = {
-      {"PORTNAME", "COM3"},   {"ENABLED", "49"},        {"FLOWCONTROL", "48"},
-      {"XON", "66"},          {"XOFF", "65"},           {"LOCALPORT", "3000"},
-      {"REMOTEPORT", "3003"}, {"REMOTEIP", "587311296"}};
-  for (const auto& [name, text] : com3) EXPECT_EQ(f.Stored("COM3", name), text) << name;
-  EXPECT_EQ(f.Stored("COM4", "LOCALPORT"), "3001");
-  EXPECT_EQ(f.Stored("COM4", "REMOTEPORT"), "3004");
-
-  // The values stand in the order of the writes.
-  registry::HKey key = 0;
-  f.memory->OpenKeyEx(registry::kHKeyLocalMachine, "Software\\Tessaron\\VSP\\COM3", 0,
-                      registry::kKeyRead, &key);
-  for (std::uint32_t i = 0; i < com3.size(); ++i) {
-    std::string name;
-    std::uint32_t type = 0;
-    std::vector<std::uint8_t> data;
-    ASSERT_EQ(f.memory->EnumValue(key, i, &name, &type, &data), registry::kErrorSuccess);
-    EXPECT_EQ(name, com3[i].first);
-    EXPECT_EQ(type, registry::kRegNone);
-  }
-  f.memory->CloseKey(key);
-}
-
 struct StoredForm {
   const char* field_text;
   const char* stored;

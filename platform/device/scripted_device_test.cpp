@@ -67,33 +67,9 @@ const Case kCases[] = {
      {{Op::kConnect, "COM5", true, 112},
       {Op::kConnect, "COM5", true, 15},
       {Op::kConnect, "COM6", true, 112}}},
-    {"AutoDisconnectsOnlyAConnectedPort",
-     [](ScriptedDevice&) {},
-     {{Op::kDisconnect, "COM5", true, 0},
-      {Op::kConnect, "COM5", true, 112},
-      {Op::kDisconnect, "COM5", true, 113},
-      {Op::kDisconnect, "COM5", true, 0},
-      {Op::kConnect, "COM5", true, 112}}},
-    {"StatusAnswersEveryCallAlike",
-     [](ScriptedDevice& d) { d.SetStatus(21); },
-     {{Op::kConnect, "COM5", true, 21},
-      {Op::kDisconnect, "COM5", true, 21},
-      {Op::kConnect, "COM5", true, 21}}},
-    {"StatusLeavesTheConnectionStateAlone",
-     [](ScriptedDevice& d) {
-       d.SetStatus(19);
-       d.SetAuto();
-     },
-     {{Op::kConnect, "COM3", true, 112}}},
     {"SilentLeavesTheOutputUnwritten",
      [](ScriptedDevice& d) { d.SetSilent(); },
      {{Op::kConnect, "COM5", false, 0xEE}, {Op::kDisconnect, "COM5", false, 0xEE}}},
-    {"AutoUndoesSilent",
-     [](ScriptedDevice& d) {
-       d.SetSilent();
-       d.SetAuto();
-     },
-     {{Op::kConnect, "COM5", true, 112}}},
     {"StatusZeroAndHighValues",
      [](ScriptedDevice& d) { d.SetStatus(255); },
      {{Op::kDisconnect, "COM9", true, 255}}},

@@ -86,19 +86,6 @@ class FormTest : public ::testing::Test {
 
 using Trace = std::vector<std::string>;
 
-TEST_F(FormTest, BuildsControlsInLayoutOrderWithTheirStartState) {
-  ASSERT_EQ(form.size(), static_cast<int>(std::size(kLayout)));
-  EXPECT_EQ(form.at(0).container, kNoControl);
-  EXPECT_EQ(form.at("Tabs").container, 0);
-  EXPECT_EQ(form.at("TxtA").container, id("GroupA"));
-  EXPECT_EQ(form.at("TxtA").text, "12");
-  EXPECT_EQ(form.at("Combo").text, "");
-  EXPECT_EQ(form.at("Combo").list_index, -1);
-  EXPECT_EQ(form.at("Tabs").tabs, (std::vector<std::string>{"One", "Two"}));
-  EXPECT_EQ(form.page(), 0);
-  EXPECT_EQ(form.focus(), kNoControl);
-}
-
 TEST(FormLayout, RefusesContainersLaidOutAfterTheirContents) {
   NoBoxes boxes;
   const ControlSpec late[] = {LayoutRow("F", Kind::kForm),
@@ -737,17 +724,6 @@ TEST_F(FormTest, TheObserverHearsEveryPropertyChange) {
   form.Type(id("TxtFree"), "a");
   EXPECT_EQ(seen, (std::vector<std::string>{"TxtA", "Btn", "Lbl", "Img", "Combo", "Combo", "OptA1",
                                             "OptA2", "TxtA", "TxtFree", "TxtFree"}));
-}
-
-TEST(Names, KindsPicturesStylesAndRefusalsHaveTheirDumpNames) {
-  EXPECT_EQ(KindName(Kind::kComboBox), "combobox");
-  EXPECT_EQ(KindName(Kind::kUpDown), "updown");
-  EXPECT_EQ(KindName(Kind::kTextBox), "textbox");
-  EXPECT_EQ(PictureName(Picture::kGrey), "grey");
-  EXPECT_EQ(PictureName(Picture::kNone), "");
-  EXPECT_EQ(MsgBoxStyleName(MsgBoxStyle::kExclamation), "exclamation");
-  EXPECT_EQ(RefusalName(Refusal::kDisabledContainer), "disabled container");
-  EXPECT_EQ(RefusalName(Refusal::kPageNotShown), "page not shown");
 }
 
 }  // namespace

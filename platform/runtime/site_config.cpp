@@ -1,5 +1,6 @@
 #include "platform/runtime/site_config.h"
 
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 
@@ -88,6 +89,11 @@ std::string SiteConfigValue(const std::string& path, std::string_view key) {
     if (entry.section.empty() && entry.key == key) return entry.value;
   }
   return "";
+}
+
+std::string EnvironmentValue(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? std::string() : std::string(value);
 }
 
 }  // namespace ketra::runtime

@@ -42,6 +42,10 @@ std::string SiteConfigPath();
 // and never fail on it.
 std::string SiteConfigValue(const std::string& path, std::string_view key);
 
+// The value of the environment variable `name`, "" when it is not set. The user's own setup
+// (KETRA_HIVE, XDG paths) comes before the machine's file.
+std::string EnvironmentValue(const char* name);
+
 }  // namespace ketra::runtime
 
 #endif  // KETRA_PLATFORM_RUNTIME_SITE_CONFIG_H_

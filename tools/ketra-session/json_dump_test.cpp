@@ -57,6 +57,7 @@ TEST(JsonDump, EachKindShowsItsPropertiesInTheProtocolsOrder) {
       {combo,
        R"({"control":"CMB_PORT","kind":"combobox","text":"COM3","items":["COM3","COM4"],"index":0,"enabled":true,"visible":true})"},
       {image, R"({"control":"VSP1Picture","kind":"image","picture":"green"})"},
+      {Make("Img", forms::Kind::kImage), R"({"control":"Img","kind":"image","picture":""})"},
       {tab,
        R"({"control":"SSTab1","kind":"tab","caption":"Status  ","enabled":true,"visible":true})"},
       {timer, R"({"control":"Timer1","kind":"timer","enabled":true,"interval":60000})"},

@@ -19,8 +19,7 @@ using nlohmann::json;
 class FixedApp : public forms::AppServices {
  public:
   std::string Path() const override { return "/opt/ketra"; }
-  bool PrevInstance() override { return prev_instance; }
-  bool prev_instance = false;
+  bool PrevInstance() override { return false; }
 };
 
 // A session on an in-memory registry whose device map holds COM3 and COM4.
@@ -119,31 +118,6 @@ TEST_F(SessionTest, LinesThatCannotBeReadAreErrorsAndTheSessionGoesOn) {
   EXPECT_EQ(lines.back()["state"]["PortCount"], 2);
 }
 
-TEST_F(SessionTest, ActionsOutOfReachAreRefusedWithTheReason) {
-  const std::vector<json> lines =
-      Run("start\n"
-          "click CMD_CONNECT\n"   // hidden
-          "type TXT_XON \"x\"\n"  // disabled under hardware flow
-          "click Command3\n"      // on the status page
-          "click OPT_DSB\n"       // greys the port fields
-          "call OPT_SWF_Click\n"  // the XON box on again, inside the disabled flow frame
-          "paste TXT_XON \"x\"\n"
-          "updown up\n"         // on the status page
-          "set TXT_UDP \"\"\n"  // an assignment is never refused
-          "dump control TXT_UDP\n");
-  const std::vector<json> expected = {
-      {{"event", "refused"}, {"control", "CMD_CONNECT"}, {"reason", "hidden"}},
-      {{"event", "refused"}, {"control", "TXT_XON"}, {"reason", "disabled"}},
-      {{"event", "refused"}, {"control", "Command3"}, {"reason", "page not shown"}},
-      {{"event", "refused"}, {"control", "TXT_XON"}, {"reason", "disabled container"}},
-      {{"event", "refused"}, {"control", "UpDown1"}, {"reason", "page not shown"}},
-  };
-  ASSERT_EQ(lines.size(), expected.size() + 1);
-  for (size_t i = 0; i < expected.size(); ++i) EXPECT_EQ(lines[i], expected[i]) << i;
-  EXPECT_EQ(lines.back()["text"], "");
-  EXPECT_EQ(lines.back()["enabled"], false);
-}
-
 TEST_F(SessionTest, TextsRoundTripBetweenUtf8AndTheProgramsCodePage) {
   const std::vector<json> lines =
       Run("set TXT_XON \"\\u00e9\\u20ac\"\n"
@@ -153,45 +127,6 @@ TEST_F(SessionTest, TextsRoundTripBetweenUtf8AndTheProgramsCodePage) {
   ASSERT_EQ(lines.size(), 2u);
   EXPECT_EQ(lines[0]["text"], "\xC3\xA9\xE2\x82\xAC");
   EXPECT_EQ(lines[1]["caption"], "caf\xC3\xA9 \"quoted\" back\\slash");
-}
-
-TEST_F(SessionTest, TypingFollowsTheCaretAndTheLengthLimit) {
-  const std::vector<json> lines =
-      Run("start\n"
-          "type TXT_LOCPORT \"12345\"\n"  // focus selects all, so 1 replaces 3000; 5 is dropped
-          "dump control TXT_LOCPORT\n"
-          "backspace TXT_LOCPORT\n"
-          "paste TXT_LOCPORT \"99\"\n"
-          "dump control TXT_LOCPORT\n"
-          "set TXT_LOCPORT \"1\"\n"   // the caret goes to 0
-          "type TXT_LOCPORT \"x\"\n"  // x1: the numeric guard empties the box
-          "dump control TXT_LOCPORT\n");
-  ASSERT_EQ(lines.size(), 3u);
-  EXPECT_EQ(lines[0]["text"], "1234");
-  EXPECT_EQ(lines[0]["selstart"], 4);
-  EXPECT_EQ(lines[1]["text"], "1239");
-  EXPECT_EQ(lines[1]["selstart"], 4);
-  EXPECT_EQ(lines[2]["text"], "");
-}
-
-TEST_F(SessionTest, EndedStopsReadingFurtherCommands) {
-  const std::vector<json> lines =
-      Run("start\n"
-          "close\n"
-          "dump state\n"
-          "jump\n");
-  ASSERT_EQ(lines.size(), 1u);
-  EXPECT_EQ(lines[0], (json{{"event", "ended"}}));
-}
-
-TEST_F(SessionTest, ASecondInstanceEndsAtOnceWithoutTouchingTheStore) {
-  app_.prev_instance = true;
-  const std::vector<json> lines = Run("start\ndump state\n");
-  ASSERT_EQ(lines.size(), 1u);
-  EXPECT_EQ(lines[0]["event"], "ended");
-  registry::HKey key = 0;
-  EXPECT_NE(registry_->OpenKey(registry::kHKeyLocalMachine, "Software\\Tessaron", &key),
-            registry::kErrorSuccess);
 }
 
 TEST_F(SessionTest, AFailureNamesTheRoutineTheCommandRan) {
@@ -209,28 +144,6 @@ TEST_F(SessionTest, AFailureNamesTheRoutineTheCommandRan) {
   EXPECT_EQ(failures[0]["routine"], "CMB_PORT_Click");
   EXPECT_EQ(failures[1]["routine"], "ConfigureFromTheFile2");
   EXPECT_FALSE(failures[1]["error"].get<std::string>().empty());
-}
-
-TEST_F(SessionTest, DriverCommandsAreReportedAsDeviceEvents) {
-  const std::vector<json> lines =
-      Run("start\n"
-          "driver status 21\n"
-          "call CMD_DISCONNECT_Click\n"
-          "driver open-fails\n"
-          "call CMD_CONNECT_Click\n");
-  const std::vector<json> expected = {
-      json::parse(
-          R"({"event":"open","path":"\\\\.\\COM3\\p","access":0,"share":3,"disposition":3,"ok":true})"),
-      json::parse(
-          R"({"event":"ioctl","code":"0x80202004","in":"C0A80123BB0BB80B00414200","status":21})"),
-      json::parse(R"({"event":"msgbox","style":"critical","text":"Connectio Failed"})"),
-      json::parse(R"({"event":"close"})"),
-      json::parse(
-          R"({"event":"open","path":"\\\\.\\COM3","access":0,"share":3,"disposition":3,"ok":false})"),
-      json::parse(
-          R"({"event":"msgbox","style":"critical","text":"Unable to open handle for the port"})"),
-  };
-  EXPECT_EQ(lines, expected);
 }
 
 }  // namespace
