@@ -8,8 +8,9 @@ scripts/setup.sh
 scripts/install-packages.sh clang-14 libclang-rt-14-dev
 cmake --preset clang
 cmake --build --preset clang -j "$(nproc)"
-# The software-flow burst of vspd_line_e2e loses bytes now and then when the daemon runs this
-# slowly (fuzzer coverage, ASan and UBSan together): a known fault of the flow control under a slow
-# daemon, still open. The g++ builds, plain and under the sanitizers, run it in scripts/test.sh.
+# The software-flow burst of vspd_line_e2e loses bytes now and then when the daemon runs slowly
+# under the sanitizers: a known fault of the flow control under a slow daemon, still open. The
+# sanitizer presets leave the test out (the asan preset's filter does the same); the default build
+# runs it.
 ctest --preset clang -j "$(nproc)" -E '^vspd_line_e2e$'
 bash fuzz/run.sh build-clang 20
