@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "platform/registry/memory_registry.h"
+#include "platform/registry/test_registry.h"
 #include "platform/runtime/text_file.h"
 
 namespace ketra::session {
@@ -31,28 +32,9 @@ class SessionTest : public ::testing::Test {
   }
 
   void AddDevice(int device, const std::string& port) {
-    registry::HKey key = 0;
-    ASSERT_EQ(registry_->CreateKeyEx(registry::kHKeyLocalMachine, "HARDWARE\\DEVICEMAP\\SERIALCOMM",
-                                     0, registry::kKeyWrite, &key, nullptr),
-              registry::kErrorSuccess);
-    const std::string data = port + '\0';
-    registry_->SetValueEx(key, "\\Device\\TesSerial" + std::to_string(device), registry::kRegSz,
-                          reinterpret_cast<const std::uint8_t*>(data.data()),
-                          static_cast<std::uint32_t>(data.size()));
-    registry_->CloseKey(key);
-  }
-
-  void StoreValue(const std::string& port, const std::string& name, const std::string& text) {
-    registry::HKey key = 0;
-    ASSERT_EQ(
-        registry_->CreateKeyEx(registry::kHKeyLocalMachine, "Software\\Tessaron\\VSP\\" + port, 0,
-                               registry::kKeyWrite, &key, nullptr),
-        registry::kErrorSuccess);
-    const std::string data = text + '\0';
-    registry_->SetValueEx(key, name, registry::kRegNone,
-                          reinterpret_cast<const std::uint8_t*>(data.data()),
-                          static_cast<std::uint32_t>(data.size()));
-    registry_->CloseKey(key);
+    registry::PutValue(*registry_, "HARDWARE\\DEVICEMAP\\SERIALCOMM",
+                       "\\Device\\TesSerial" + std::to_string(device), registry::kRegSz,
+                       port + '\0');
   }
 
   // Runs a script through a fresh session and gives back its output lines as JSON.
@@ -134,8 +116,10 @@ TEST_F(SessionTest, AFailureNamesTheRoutineTheCommandRan) {
   std::ostringstream out;
   Session session(Environment{*registry_, app_, files_}, out);
   ASSERT_TRUE(session.Execute("start", 1));
-  StoreValue("COM4", "FLOWCONTROL", "49");
-  StoreValue("COM4", "XOFF", "300");
+  for (const auto& [name, text] : {std::pair{"FLOWCONTROL", "49"}, {"XOFF", "300"}}) {
+    ASSERT_EQ(registry::SetText(*registry_, "Software\\Tessaron\\VSP\\COM4", name, text),
+              registry::kErrorSuccess);
+  }
   ASSERT_TRUE(session.Execute("choose CMB_PORT \"COM4\"", 2));
   ASSERT_TRUE(session.Execute("call ConfigureFromTheFile2", 3));
   const std::vector<json> failures = Lines(out.str());
