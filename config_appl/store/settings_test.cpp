@@ -165,38 +165,6 @@ TEST(ReadAhead, ChangesNothing) {
   EXPECT_EQ(ReadPortValue(*file, reg_value, "COM4", "ENABLED"), "48");
 }
 
-TEST(ReadTheRegistry, RoundTripGivesTheNormalForms) {
-  ProgramFixture f;
-  Discover(f, 3);
-  PopulateData(f.p());
-  f.row(0) = {0, "COM3", "192.168.1.200", "03003", "03000", "1", 17, 19};
-  f.row(1) = {-1, "COM4", "192.168.1.010", "", "3001 ", "0", 1, 2};
-  f.row(2) = {-1, "COM5", "not an address", "3005", "3002", "1", 0, 255};
-  CreateConfigFile2(f.p());
-
-  ProgramFixture& g = f;
-  g.NewProgram();
-  Discover(g, 0);  // the map is already there
-  ReadTheRegistry(g.p());
-  EXPECT_EQ(g.row(0).Enabled, 0);
-  EXPECT_EQ(g.row(0).FlowControl, "1");
-  EXPECT_EQ(g.row(0).XON, 17);
-  EXPECT_EQ(g.row(0).XOFF, 19);
-  EXPECT_EQ(g.row(0).RemoteIP, "192.168.1.200");
-  EXPECT_EQ(g.row(0).RemotePort, "3003");
-  EXPECT_EQ(g.row(0).LocalPort, "3000");
-  // Hardware flow: the presets stay, whatever was stored.
-  EXPECT_EQ(g.row(1).XON, 66);
-  EXPECT_EQ(g.row(1).XOFF, 65);
-  EXPECT_EQ(g.row(1).RemoteIP, "192.168.1.8");
-  EXPECT_EQ(g.row(1).RemotePort, "0");
-  EXPECT_EQ(g.row(1).LocalPort, "3001");
-  EXPECT_EQ(g.row(2).RemoteIP, "255.255.255.255");
-  EXPECT_EQ(g.row(2).XON, 0);
-  EXPECT_EQ(g.row(2).XOFF, 255);
-  EXPECT_EQ(g.p().decl().RegValue, "3005");
-}
-
 TEST(ReadTheRegistry, AFirstRunStopsAtTheFirstXoff) {
   ProgramFixture f;
   Discover(f, 2);
