@@ -59,47 +59,6 @@ class SessionTest : public ::testing::Test {
   runtime::MemoryFileSystem files_;
 };
 
-TEST_F(SessionTest, LinesThatCannotBeReadAreErrorsAndTheSessionGoesOn) {
-  struct Case {
-    std::string line;
-    std::string message_part;
-  };
-  const std::vector<Case> cases = {
-      {"jump", "unknown command jump"},
-      {"click TXT_FOO", "unknown control TXT_FOO"},
-      {"type TXT_LOCPORT 12", "JSON string literal"},
-      {"type TXT_LOCPORT \"12", "JSON string literal"},
-      {"type TXT_LOCPORT \"1\" \"2\"", "JSON string literal"},
-      {"type TXT_LOCPORT", "missing TEXT"},
-      {"dump row 101", "row N"},
-      {"dump row x", "row N"},
-      {"dump nothing", "unknown dump"},
-      {"page 2", "no page 2"},
-      {"updown sideways", "up or down"},
-      {"driver status 256", "status N"},
-      {"driver reboot", "unknown driver mode"},
-      {"call NoSuchRoutine", "unknown routine NoSuchRoutine"},
-      {"click TXT_LOCPORT", "click applies"},
-      {"type CMB_PORT \"COM3\"", "text boxes"},
-      {"focus Label1", "cannot take the focus"},
-      {"choose CMB_PORT \"COM9\"", "has no entry COM9"},
-      {"tab now", "unexpected text"},
-  };
-  std::string script = "# a comment\n\nstart\n";
-  for (const Case& c : cases) script += c.line + "\n";
-  script += "dump state\n";
-  const std::vector<json> lines = Run(script);
-  ASSERT_EQ(lines.size(), cases.size() + 1);
-  for (size_t i = 0; i < cases.size(); ++i) {
-    SCOPED_TRACE(cases[i].line);
-    EXPECT_EQ(lines[i]["event"], "error");
-    EXPECT_EQ(lines[i]["line"], static_cast<int>(i) + 4) << "lines count from 1, blanks included";
-    EXPECT_NE(lines[i]["message"].get<std::string>().find(cases[i].message_part), std::string::npos)
-        << lines[i]["message"];
-  }
-  EXPECT_EQ(lines.back()["state"]["PortCount"], 2);
-}
-
 TEST_F(SessionTest, TextsRoundTripBetweenUtf8AndTheProgramsCodePage) {
   const std::vector<json> lines =
       Run("set TXT_XON \"\\u00e9\\u20ac\"\n"
