@@ -237,14 +237,14 @@ TYPED_TEST(RegistryTest, QueryReportsTheSizeAndCopiesOnlyWhatFits) {
   this->Set(key, "LONG", kRegBinary, std::string(300, 'z'));
   for (const Case& c : cases) {
     SCOPED_TRACE(std::string(c.name) + " into " + std::to_string(c.buffer_size));
-    std::string buffer(c.buffer_size, ' ');
+    std::string buffer(c.buffer_size + 4, ' ');  // four bytes past the end, never written
     std::uint32_t type = 99;
     std::uint32_t length = c.buffer_size ? c.buffer_size : 42;
     auto* data = c.buffer_size ? reinterpret_cast<std::uint8_t*>(buffer.data()) : nullptr;
     EXPECT_EQ(this->reg_->QueryValueEx(key, c.name, &type, data, &length), c.status);
     EXPECT_EQ(type, c.type);
     EXPECT_EQ(length, c.length);
-    EXPECT_EQ(buffer, c.buffer);
+    EXPECT_EQ(buffer, c.buffer + "    ");
   }
   // Type and length are optional, but a buffer needs its length.
   std::uint8_t buffer[8];
