@@ -421,7 +421,12 @@ class FormViewTest : public QObject {
   Q_OBJECT
 
  private slots:
-  void initTestCase() { QApplication::setStyle(QStringLiteral("Fusion")); }
+  void initTestCase() {
+    QApplication::setStyle(QStringLiteral("Fusion"));
+    // A row without facts relies on its steps being repeated as written.
+    QCOMPARE(Steps(QStringLiteral(R"(tab*2; key A Down*2; type B "*3")")),
+             (QStringList{"tab", "tab", "key A Down", "key A Down", R"(type B "*3")"}));
+  }
 
   void behavesLikeSession_data() {
     QTest::addColumn<int>("row");
@@ -527,8 +532,9 @@ class FormViewTest : public QObject {
   }
 
   // Every stop in the tab order looks different with the focus than without it (the style's
-  // focus indicator), and a text box shows its selection only while it has the focus.
-  void theFocusIsSeenAndSelectionsHideWithoutIt() {
+  // focus indicator). That a box shows its selection only with the focus is checked after every
+  // step of the rows above.
+  void theFocusIsSeenOnEveryStop() {
     WindowRun run;
     QVERIFY(QTest::qWaitForWindowActive(run.view.get()));  // only an active window has a focus
     UserAtWindow user(run);
@@ -553,17 +559,6 @@ class FormViewTest : public QObject {
         QVERIFY2(look(id) != focused, form.at(id).name.c_str());
       }
     }
-    user.Do("page 0");
-    user.Do("focus TXT_LOCPORT");  // its GotFocus selects the whole text
-    auto* edit = qobject_cast<QLineEdit*>(run.view->widget("TXT_LOCPORT"));
-    QVERIFY(edit->hasSelectedText());
-    const QImage selected = edit->grab().toImage();
-    user.Do("backtab");
-    QCOMPARE(form.at("TXT_LOCPORT").sel_length, 4);  // the engine keeps it
-    QVERIFY(!edit->hasSelectedText());
-    user.Do("tab");
-    QCOMPARE(edit->selectedText(), QStringLiteral("3000"));
-    QCOMPARE(edit->grab().toImage(), selected);
   }
 
   // Every control at its geometry in its container (the form at its size); images the size of
@@ -619,6 +614,7 @@ class FormViewTest : public QObject {
     // A key (with its text when it is no key of Qt's) and the box it leaves in the engine.
     const auto press = [&](Qt::Key key, Qt::KeyboardModifiers modifiers, const std::string& text,
                            int start, int length, const QString& typed = {}) {
+      if (QTest::currentTestFailed()) return;  // the first difference says enough
       QTest::sendKeyEvent(QTest::Press, edit, key, typed, modifiers);
       QTest::sendKeyEvent(QTest::Release, edit, key, typed, modifiers);
       QCOMPARE(box.text, text);
