@@ -1,8 +1,8 @@
-// Readies the fonts of the window's first frame on a second thread while the GUI thread starts
-// Qt and loads the panel, so that the window's first text measurement no longer waits for them.
-// Any window that draws text pays for these once, before its first frame: reading the machine's
-// font configuration (most of the cost, and it needs no Qt), filling Qt's font database, and
-// looking up the substitutes of the window's font families, which Qt shares between threads.
+// Readies Qt's font database on a second thread while the GUI thread starts Qt and loads the
+// panel, so that the window's first text measurement no longer waits for it. Any window that
+// draws text pays for the database once, before its first frame: reading the machine's font
+// configuration (most of the cost, and it needs no Qt), then listing every font in Qt's
+// database.
 //
 // Construct as early as the program knows it will show a window: the thread reads the font
 // configuration at once. Call QtReady() once the QGuiApplication exists (the database belongs
@@ -12,10 +12,8 @@
 #ifndef KETRA_WINDOW_FONT_WARM_UP_H_
 #define KETRA_WINDOW_FONT_WARM_UP_H_
 
-#include <QFont>
 #include <condition_variable>
 #include <mutex>
-#include <optional>
 #include <thread>
 
 namespace ketra::window {
@@ -27,9 +25,7 @@ class FontWarmUp {
   FontWarmUp& operator=(const FontWarmUp&) = delete;
   ~FontWarmUp();
 
-  // `window_font` must be the thread's own: a font no other thread holds (WindowFont() makes
-  // one), as fonts are reentrant, not thread-safe.
-  void QtReady(QFont window_font);
+  void QtReady();
   void Wait();
 
  private:
@@ -39,7 +35,6 @@ class FontWarmUp {
   std::condition_variable told_;
   bool qt_ready_ = false;
   bool ending_ = false;
-  std::optional<QFont> window_font_;
   std::thread thread_;  // last: starts once the members above exist
 };
 

@@ -136,13 +136,13 @@ int main(int argc, char** argv) try {
   // thread's alone until it is joined, before the load.
   std::jthread read_ahead([&registry] { ketra::ReadAhead(*registry); });
   QApplication app(argc, argv);
+  font_warm_up.QtReady();
+  // From here the thread uses Qt's font database: it ends before the application does.
+  const auto fonts_ready_before_app_ends = qScopeGuard([&font_warm_up] { font_warm_up.Wait(); });
   // The application id: the desktop entry ketra.desktop that names this program and its icon.
   QGuiApplication::setDesktopFileName(QStringLiteral("ketra"));
   QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
   QApplication::setWindowIcon(ketra::window::KetraIcon());
-  font_warm_up.QtReady(ketra::window::WindowFont(QApplication::font()));
-  // From here the thread uses Qt's font database: it ends before the application does.
-  const auto fonts_ready_before_app_ends = qScopeGuard([&font_warm_up] { font_warm_up.Wait(); });
   read_ahead.join();
   ketra::window::QtMessageBoxes qt_boxes;
   const auto program = std::make_unique<ketra::Program>(
