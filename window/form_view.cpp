@@ -80,6 +80,16 @@ int TwipsToPixels(int twips, double dpi) {
   return static_cast<int>(std::lround(twips * dpi / 1440.0));
 }
 
+QFont WindowFont(const QFont& base) {
+  // Small enough for the boxes' heights of the layout.
+  QFont small = base;
+  small.setFamilies({QStringLiteral("Microsoft Sans Serif"), QStringLiteral("MS Sans Serif"),
+                     QStringLiteral("Arial"), QStringLiteral("Liberation Sans"),
+                     QStringLiteral("Helvetica"), QStringLiteral("Nimbus Sans"), base.family()});
+  small.setPointSizeF(7.5);
+  return small;
+}
+
 struct FormView::Entry {
   QWidget* widget = nullptr;
   QTimer* timer = nullptr;
@@ -96,14 +106,8 @@ FormView::FormView(forms::Form& form, const PictureSet& pictures, double dpi, QW
   for (size_t picture = 0; picture < pictures.size(); ++picture) {
     if (!pictures[picture].isNull()) pictures_[picture] = QPixmap::fromImage(pictures[picture]);
   }
-  // The window's own font, small enough for the boxes' heights of the layout; every control
-  // takes it, none sets one of its own.
-  QFont small = font();
-  small.setFamilies({QStringLiteral("Microsoft Sans Serif"), QStringLiteral("MS Sans Serif"),
-                     QStringLiteral("Arial"), QStringLiteral("Liberation Sans"),
-                     QStringLiteral("Helvetica"), QStringLiteral("Nimbus Sans"), small.family()});
-  small.setPointSizeF(7.5);
-  setFont(small);
+  // Every control takes the window's font; none sets one of its own.
+  setFont(WindowFont(font()));
   setFocusPolicy(Qt::NoFocus);
   InstallAccessibility();
   Build();

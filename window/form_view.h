@@ -13,6 +13,7 @@
 #ifndef KETRA_WINDOW_FORM_VIEW_H_
 #define KETRA_WINDOW_FORM_VIEW_H_
 
+#include <QFont>
 #include <QImage>
 #include <QPixmap>
 #include <QWidget>
@@ -31,6 +32,9 @@ class TabStrip;
 
 // Twips (1,440 to the inch) to pixels at `dpi` logical dots per inch.
 int TwipsToPixels(int twips, double dpi);
+
+// The font of the window and all its controls, made from `base` (the application's font).
+QFont WindowFont(const QFont& base);
 
 // The picture an image control shows for each forms::Picture, indexed by its value; the
 // picture of kNone stays empty.

@@ -18,6 +18,7 @@
 #include <algorithm>
 #include <memory>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -42,7 +43,9 @@ using session::Json;
 // Every key and value of the hive, byte for byte.
 std::string DumpHive(registry::Registry& hive) {
   std::string text;
-  regtext::ExportText(hive, "", &text);
+  if (regtext::ExportText(hive, "", &text) != registry::kErrorSuccess) {
+    throw std::runtime_error("the hive cannot be read back");
+  }
   return text;
 }
 
@@ -348,11 +351,11 @@ const SessionRow kSessionRows[] = {
     {"choose a port, edit, apply",
      R"(choose CMB_PORT "COM4"; type TXT_LOCPORT "3010"; click CMD_APPLY)",
      {},
-     {R"("PortName":"COM4","RemoteIP":"192.168.1.35","RemotePort":"3004","LocalPort":"3010")"}},
+     {R"("RemotePort":"3004","LocalPort":"3010")"}},
     {"an edit not applied is lost on a port change",
      R"(type TXT_LOCPORT "12"; choose CMB_PORT "COM4"; choose CMB_PORT "COM3"; click CMD_APPLY)",
      {},
-     {R"("PortName":"COM3","RemoteIP":"192.168.1.35","RemotePort":"3003","LocalPort":"3000")"}},
+     {R"("RemotePort":"3003","LocalPort":"3000")"}},
     {"numeric guard, backspace, paste",
      R"(type TXT_UDP "3a"; type TXT_UDP "45"; backspace TXT_UDP; paste TXT_UDP "9e9"; )"
      R"(click CMD_APPLY)",
@@ -388,20 +391,18 @@ const SessionRow kSessionRows[] = {
     {"access key of Apply",
      R"(type TXT_LOCPORT "3011"; accesskey CMD_APPLY)",
      {},
-     {R"("PortName":"COM3","RemoteIP":"192.168.1.35","RemotePort":"3003","LocalPort":"3011")"}},
+     {R"("RemotePort":"3003","LocalPort":"3011")"}},
     {"Windows-1252 texts",
      R"(click OPT_SWF; type TXT_XON "é"; paste TXT_XOFF "€"; click CMD_APPLY)",
      {},
-     {R"("PortName":"COM3","RemoteIP":"192.168.1.35","RemotePort":"3003","LocalPort":"3000",)"
-      R"("FlowControl":"1","XON":233,"XOFF":128)"}},
+     {R"("RemotePort":"3003","LocalPort":"3000","FlowControl":"1","XON":233,"XOFF":128)"}},
     // Choose COM4, reach the flow group by Tab, select software flow with Down, type the codes,
     // reach Apply and press it with Space: the keyboard alone.
     {"keyboard only: software flow for COM4",
      R"(backtab*4; key CMB_PORT Down; tab*10; key OPT_HWF Down; tab; type TXT_XON "&H11"; tab; )"
      R"(type TXT_XOFF "&H13"; tab*10; key CMD_APPLY Space)",
      {},
-     {R"("PortName":"COM4","RemoteIP":"192.168.1.35","RemotePort":"3004","LocalPort":"3001",)"
-      R"("FlowControl":"1","XON":17,"XOFF":19)"}},
+     {R"("RemotePort":"3004","LocalPort":"3001","FlowControl":"1","XON":17,"XOFF":19)"}},
     {"shift+tab through the whole order and back", "backtab*12; tab*12", {}, {}},
     {"keys: list arrows, page arrows, space, enter, escape, home, end",
      "key CMB_PORT Down*2; key CMB_PORT Up; key CMB_PORT Return || focus CMB_PORT; "
@@ -421,7 +422,12 @@ class FormViewTest : public QObject {
   Q_OBJECT
 
  private slots:
-  void initTestCase() { QApplication::setStyle(QStringLiteral("Fusion")); }
+  void initTestCase() {
+    QApplication::setStyle(QStringLiteral("Fusion"));
+    // A row without facts relies on its steps being repeated as written.
+    QCOMPARE(Steps(QStringLiteral(R"(tab*2; key A Down*2; type B "*3")")),
+             (QStringList{"tab", "tab", "key A Down", "key A Down", R"(type B "*3")"}));
+  }
 
   void behavesLikeSession_data() {
     QTest::addColumn<int>("row");
@@ -527,8 +533,9 @@ class FormViewTest : public QObject {
   }
 
   // Every stop in the tab order looks different with the focus than without it (the style's
-  // focus indicator), and a text box shows its selection only while it has the focus.
-  void theFocusIsSeenAndSelectionsHideWithoutIt() {
+  // focus indicator). That a box shows its selection only with the focus is checked after every
+  // step of the rows above.
+  void theFocusIsSeenOnEveryStop() {
     WindowRun run;
     QVERIFY(QTest::qWaitForWindowActive(run.view.get()));  // only an active window has a focus
     UserAtWindow user(run);
@@ -553,17 +560,6 @@ class FormViewTest : public QObject {
         QVERIFY2(look(id) != focused, form.at(id).name.c_str());
       }
     }
-    user.Do("page 0");
-    user.Do("focus TXT_LOCPORT");  // its GotFocus selects the whole text
-    auto* edit = qobject_cast<QLineEdit*>(run.view->widget("TXT_LOCPORT"));
-    QVERIFY(edit->hasSelectedText());
-    const QImage selected = edit->grab().toImage();
-    user.Do("backtab");
-    QCOMPARE(form.at("TXT_LOCPORT").sel_length, 4);  // the engine keeps it
-    QVERIFY(!edit->hasSelectedText());
-    user.Do("tab");
-    QCOMPARE(edit->selectedText(), QStringLiteral("3000"));
-    QCOMPARE(edit->grab().toImage(), selected);
   }
 
   // Every control at its geometry in its container (the form at its size); images the size of
@@ -619,6 +615,7 @@ class FormViewTest : public QObject {
     // A key (with its text when it is no key of Qt's) and the box it leaves in the engine.
     const auto press = [&](Qt::Key key, Qt::KeyboardModifiers modifiers, const std::string& text,
                            int start, int length, const QString& typed = {}) {
+      if (QTest::currentTestFailed()) return;  // the first difference says enough
       QTest::sendKeyEvent(QTest::Press, edit, key, typed, modifiers);
       QTest::sendKeyEvent(QTest::Release, edit, key, typed, modifiers);
       QCOMPARE(box.text, text);
