@@ -18,6 +18,7 @@
 #include <algorithm>
 #include <memory>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -42,7 +43,9 @@ using session::Json;
 // Every key and value of the hive, byte for byte.
 std::string DumpHive(registry::Registry& hive) {
   std::string text;
-  regtext::ExportText(hive, "", &text);
+  if (regtext::ExportText(hive, "", &text) != registry::kErrorSuccess) {
+    throw std::runtime_error("the hive cannot be read back");
+  }
   return text;
 }
 

@@ -11,7 +11,6 @@
 namespace ketra {
 namespace {
 
-using testing::Box;
 using testing::ProgramFixture;
 
 constexpr const char* kCom3 = "Software\\Tessaron\\VSP\\COM3";
@@ -47,17 +46,6 @@ TEST(SetRegistryValue, ReplacesAValueOfAnotherType) {
   ASSERT_TRUE(f.StoredRaw("COM3", "XON", &type, &data));
   EXPECT_EQ(type, registry::kRegNone);
   EXPECT_EQ(f.Stored("COM3", "XON"), "66");
-}
-
-TEST(SetRegistryValue, AKeyThatCannotBeCreatedEndsTheProgramAfterACriticalBox) {
-  ProgramFixture f;
-  Set(f.p(), "COM3", "PORTNAME", "COM3");
-  f.registry.FailWhen(registry::FaultyRegistry::Op::kCreate, "COM4");
-  EXPECT_THROW(Set(f.p(), "COM4", "PORTNAME", "COM4"), forms::ProgramEnded);
-  EXPECT_EQ(f.TakeBoxes(), (std::vector<Box>{{"Error opening or creating registry key -- aborting.",
-                                              forms::MsgBoxStyle::kCritical}}));
-  EXPECT_EQ(f.Stored("COM3", "PORTNAME"), "COM3");
-  EXPECT_EQ(f.Stored("COM4", "PORTNAME"), "<missing>");
 }
 
 TEST(SetRegistryValue, AFailedWriteIsSilent) {

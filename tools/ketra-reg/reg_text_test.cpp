@@ -154,11 +154,12 @@ TEST(RegTextTest, KeysCommentsLineEndsAndContinuations) {
       "lines\"\r\n"
       "[-HKLM\\Software\\Old]\n"
       "  [hklm]  \n"
+      "[hkey_local_machine\\\xC3\x84nderung]\n"
       "\"after\"=dword:2";
   std::vector<RegChange> changes;
   ParseError error;
   ASSERT_TRUE(ParseText(file, &changes, &error)) << error.line << ": " << error.message;
-  ASSERT_EQ(changes.size(), 6u);
+  ASSERT_EQ(changes.size(), 7u);
   EXPECT_EQ(changes[0].kind, RegChange::Kind::kOpenKey);
   EXPECT_EQ(changes[0].key, "Software\\Tessaron");
   EXPECT_EQ(changes[0].line, 4);
@@ -172,7 +173,8 @@ TEST(RegTextTest, KeysCommentsLineEndsAndContinuations) {
   EXPECT_EQ(changes[3].line, 9);
   EXPECT_EQ(changes[4].kind, RegChange::Kind::kOpenKey);
   EXPECT_EQ(changes[4].key, "");
-  EXPECT_EQ(changes[5].line, 11);
+  EXPECT_EQ(changes[5].key, "\xC4nderung");  // UTF-8 in the file, Windows-1252 in the hive
+  EXPECT_EQ(changes[6].line, 12);
 }
 
 TEST(RegTextTest, MalformedLinesAreReportedWithTheirNumber) {
@@ -201,6 +203,9 @@ TEST(RegTextTest, MalformedLinesAreReportedWithTheirNumber) {
       {"REGEDIT4\n[HKLM\\\\K]\n", 2},
       {"REGEDIT4\n[HKLM\\K\\]\n", 2},
       {"REGEDIT4\n[HKLMX\\K]\n", 2},
+      {"REGEDIT4\n[HKLM\\]\n", 2},
+      {"REGEDIT4\n[\\HKLM\\K]\n", 2},
+      {"REGEDIT4\n[HKCU\\K]\n", 2},
       {"REGEDIT4\n[-HKLM\\K]\n\"A\"=\"x\"\n", 3},  // value after a deleted key
       {"REGEDIT4\n[HKLM\\K]\njunk\n", 3},
   };
@@ -281,25 +286,6 @@ TEST(RegTextTest, AFailingChangeLeavesTheHiveAsItWas) {
     EXPECT_NE(ApplyChanges(*reg, changes, &message), kErrorSuccess);
     EXPECT_NE(message.find("line 9"), std::string::npos) << message;
     EXPECT_EQ(Export(*reg), before);
-  }
-}
-
-TEST(RegTextTest, KeyPathsBelowTheRoot) {
-  const std::pair<const char*, const char*> good[] = {
-      {"HKEY_LOCAL_MACHINE", ""},
-      {"hkey_local_machine\\Software", "Software"},
-      {"HKLM\\Software\\Tessaron\\VSP\\COM3", "Software\\Tessaron\\VSP\\COM3"},
-      {"HKLM\\\xC3\x84nderung", "\xC4nderung"},
-  };
-  for (const auto& [full, relative] : good) {
-    std::string out = "unchanged";
-    EXPECT_TRUE(RelativeKeyPath(full, &out)) << full;
-    EXPECT_EQ(out, relative);
-  }
-  for (const char* bad :
-       {"", "HKCU\\Software", "HKLMSoftware", "HKLM\\", "HKLM\\a\\\\b", "HKLM\\a\\", "\\HKLM"}) {
-    std::string out;
-    EXPECT_FALSE(RelativeKeyPath(bad, &out)) << bad;
   }
 }
 
