@@ -134,7 +134,7 @@ TEST(ByteFromTextTest, RoundsHalvesToEvenThenChecksTheRange) {
       {"&H123456789", ConversionFailure::kOverflow},
   };
   for (const auto& [text, failure] : bad) {
-    EXPECT_EQ(FailureOf([&] { ByteFromText(text); }), failure) << '"' << text << '"';
+    EXPECT_EQ(FailureOf([text = text] { ByteFromText(text); }), failure) << '"' << text << '"';
   }
 }
 
