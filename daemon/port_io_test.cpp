@@ -42,7 +42,14 @@ struct PosixHarness {
     return buffer;
   }
   void Close(PortIo&) { program.Reset(); }
+  void FromTerminal(PortIo& io, const Bytes& bytes) {
+    if (!terminal.is_open()) {
+      ASSERT_EQ(terminal.Open({net::kLoopbackAddress, 0}), 0);
+    }
+    ASSERT_EQ(terminal.SendTo(bytes, io.LocalEndpoint()), static_cast<long>(bytes.size()));
+  }
   runtime::Fd program;
+  net::UdpSocket terminal;
 };
 
 struct FakeHarness {
@@ -52,6 +59,9 @@ struct FakeHarness {
   void Write(PortIo& io, const Bytes& bytes) { Fake(io).from_program.push_back(bytes); }
   Bytes Read(PortIo& io) { return std::exchange(Fake(io).to_program, Bytes()); }
   void Close(PortIo& io) { Fake(io).held = false; }
+  void FromTerminal(PortIo& io, const Bytes& bytes) {
+    Fake(io).from_terminal.push_back({bytes, {net::kLoopbackAddress, 4000}});
+  }
 };
 
 template <typename Harness>
@@ -93,7 +103,7 @@ TYPED_TEST(PortIoContract, ThePtyFollowsWhetherAProgramHoldsIt) {
   EXPECT_EQ(io.ReadPty(byte), -EIO);
 }
 
-TYPED_TEST(PortIoContract, TheSocketIsBoundAndEmptyAtFirst) {
+TYPED_TEST(PortIoContract, TheSocketSaysWhatWaitsWithoutTakingIt) {
   PortIo& io = *this->io_;
   EXPECT_FALSE(io.socket_open());
   ASSERT_EQ(io.OpenSocket({net::kLoopbackAddress, 0}, 1 << 16), 0);
@@ -102,6 +112,14 @@ TYPED_TEST(PortIoContract, TheSocketIsBoundAndEmptyAtFirst) {
   std::uint8_t buffer[16];
   net::Endpoint from;
   std::uint32_t dropped = 0;
+  EXPECT_FALSE(io.DatagramWaiting());
+  EXPECT_EQ(io.ReceiveFrom(buffer, &from, &dropped), -EAGAIN);
+  this->harness.FromTerminal(io, {'o', 'n', 'e'});
+  EXPECT_TRUE(io.DatagramWaiting());
+  EXPECT_TRUE(io.DatagramWaiting()) << "asking took the datagram";
+  EXPECT_EQ(io.ReceiveFrom(buffer, &from, &dropped), 3);
+  EXPECT_EQ(from.address, net::kLoopbackAddress);
+  EXPECT_FALSE(io.DatagramWaiting());
   EXPECT_EQ(io.ReceiveFrom(buffer, &from, &dropped), -EAGAIN);
   EXPECT_EQ(io.CloseSocket(), 0);
   EXPECT_FALSE(io.socket_open());
