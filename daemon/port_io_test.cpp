@@ -175,6 +175,23 @@ TEST(PosixPortIoTest, TheNextProgramFindsAFreshPortWithItsSpeedAndModes) {
   }
 }
 
+// What the daemon hands to the service manager across a restart: each descriptor is the one named.
+TEST(PosixPortIoTest, TheDuplicatesAreThePtyAndTheSocket) {
+  std::string warning;
+  const auto io = OpenPosixPortIo("", &warning);
+  EXPECT_FALSE(io->DuplicateSocket().valid()) << "no socket before a connect";
+  ASSERT_EQ(io->OpenSocket({net::kLoopbackAddress, 0}, 4096), 0);
+  const runtime::Fd pty = io->DuplicatePty();
+  const runtime::Fd socket = io->DuplicateSocket();
+  ASSERT_TRUE(pty.valid() && socket.valid());
+  char name[64] = {};
+  EXPECT_EQ(::ptsname_r(pty.get(), name, sizeof name), 0);
+  EXPECT_EQ(std::string(name), io->pty_path());
+  auto adopted = AdoptPosixPortIo(runtime::Fd(::dup(pty.get())), runtime::Fd(::dup(socket.get())));
+  EXPECT_EQ(adopted->pty_path(), io->pty_path());
+  EXPECT_EQ(adopted->LocalEndpoint(), io->LocalEndpoint());
+}
+
 TEST(PosixPortIoTest, TheKernelsDropsAreCountedExactly) {
   std::string warning;
   const auto io = OpenPosixPortIo("", &warning);
