@@ -2,13 +2,15 @@
 // the machine's hive, driver daemon and files; FormView draws it with Qt and passes the user's
 // actions back as the engine's user operations. Everything runs on the GUI thread, the form
 // engine's one thread: the load first, then the window built from the loaded form. Two things
-// overlap with it on a second thread: the hive is read ahead while Qt opens the display
-// (ReadAhead), and Qt's font database fills while the load runs (FontWarmUp).
+// overlap with it on other threads: the hive is read ahead while Qt opens the display
+// (ReadAhead), and the fonts of the first frame get ready while Qt starts and the load runs
+// (FontWarmUp).
 //
 //   ketra [--hive PATH] [--socket PATH] [--screenshot-dir DIR] [--exit-after-first-frame]
 //   ketra --help | --version
 #include <QApplication>
 #include <QDir>
+#include <QScopeGuard>
 #include <QStyleFactory>
 #include <QTimer>
 #include <cstdio>
@@ -120,6 +122,8 @@ int main(int argc, char** argv) try {
         stderr);
     return 2;
   }
+  // The fonts of the first frame get ready from here on, beside the start of Qt and the load.
+  ketra::window::FontWarmUp font_warm_up;
   if (hive.empty()) hive = ketra::registry::DefaultHivePath();
   if (socket.empty()) socket = ketra::device::DefaultVspdSocketPath();
 
@@ -132,14 +136,13 @@ int main(int argc, char** argv) try {
   // thread's alone until it is joined, before the load.
   std::jthread read_ahead([&registry] { ketra::ReadAhead(*registry); });
   QApplication app(argc, argv);
+  font_warm_up.QtReady();
+  // From here the thread uses Qt's font database: it ends before the application does.
+  const auto fonts_ready_before_app_ends = qScopeGuard([&font_warm_up] { font_warm_up.Wait(); });
   // The application id: the desktop entry ketra.desktop that names this program and its icon.
   QGuiApplication::setDesktopFileName(QStringLiteral("ketra"));
   QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
   QApplication::setWindowIcon(ketra::window::KetraIcon());
-
-  // The font database, which the window's first text measurement needs, fills while the load
-  // runs.
-  ketra::window::FontWarmUp font_warm_up;
   read_ahead.join();
   ketra::window::QtMessageBoxes qt_boxes;
   const auto program = std::make_unique<ketra::Program>(

@@ -1,5 +1,5 @@
 // The guards and option groups as a user meets them: through the engine's user actions on a
-// started program.
+// started program. The numeric guard's keystrokes are the guards session script's.
 #include "config_appl/form/field_guards.h"
 
 #include <gtest/gtest.h>
@@ -25,29 +25,9 @@ class GuardTest : public ::testing::Test {
     f.TakeBoxes();
   }
   forms::ControlId Id(std::string_view name) { return f.p().form().Id(name); }
-  void Type(std::string_view name, std::string_view text) { f.p().form().Type(Id(name), text); }
   void Focus(std::string_view name) { f.p().form().Focus(Id(name)); }
   ProgramFixture f;
 };
-
-TEST_F(GuardTest, NumericGuardEmptiesAtTheFirstBadKeystroke) {
-  struct Case {
-    const char* field;
-    const char* typed;
-    const char* result;
-  };
-  const std::vector<Case> cases = {{"TXT_IP1", "12a", ""},     {"TXT_IP1", "25", "25"},
-                                   {"TXT_UDP", " ", ""},       {"TXT_UDP", "12 ", "12 "},
-                                   {"TXT_LOCPORT", "-1", "1"}, {"TXT_IP3", "0000255", "0000255"},
-                                   {"TXT_IP4", ".5", "5"}};
-  for (const Case& c : cases) {
-    f.p().SetText(c.field, "");
-    Focus(c.field);
-    Type(c.field, c.typed);
-    EXPECT_EQ(f.p().Text(c.field), c.result) << c.field << " typed " << c.typed;
-  }
-  EXPECT_TRUE(f.TakeBoxes().empty());
-}
 
 TEST_F(GuardTest, DistinctnessGuardEmptiesTheFieldLeft) {
   f.p().SetValue("OPT_SWF", true);

@@ -40,19 +40,12 @@ TEST(LampBitmaps, FilesHaveTheHeadersOfA19By22PictureOf24Bits) {
   for (const Picture picture : {Picture::kGreen, Picture::kRed, Picture::kGrey}) {
     const std::vector<std::uint8_t> file = LampBitmap(picture);
     ASSERT_EQ(file.size(), 1374u);
-    EXPECT_EQ(file[0], 'B');
-    EXPECT_EQ(file[1], 'M');
-    EXPECT_EQ(Le(file, 2, 4), 1374u);
-    EXPECT_EQ(Le(file, 6, 4), 0u);
-    EXPECT_EQ(Le(file, 10, 4), 54u);
-    EXPECT_EQ(Le(file, 14, 4), 40u);
-    EXPECT_EQ(Le(file, 18, 4), 19u);
-    EXPECT_EQ(Le(file, 22, 4), 22u);  // positive: bottom-up rows
-    EXPECT_EQ(Le(file, 26, 2), 1u);
-    EXPECT_EQ(Le(file, 28, 2), 24u);
-    EXPECT_EQ(Le(file, 30, 4), 0u);
-    EXPECT_EQ(Le(file, 34, 4), 1320u);
-    EXPECT_EQ(Le(file, 46, 4), 0u);       // no palette
+    EXPECT_EQ(Le(file, 0, 2), 0x4D42u);  // "BM"
+    // Offset, size and value of each header field; a positive height: rows bottom-up.
+    const std::uint32_t fields[][3] = {{2, 4, 1374}, {6, 4, 0},     {10, 4, 54}, {14, 4, 40},
+                                       {18, 4, 19},  {22, 4, 22},   {26, 2, 1},  {28, 2, 24},
+                                       {30, 4, 0},   {34, 4, 1320}, {46, 4, 0}};
+    for (const auto& [at, bytes, value] : fields) EXPECT_EQ(Le(file, at, bytes), value) << at;
     for (int row = 0; row < 22; ++row) {  // the padding of every row is zero
       for (size_t pad = 57; pad < 60; ++pad) EXPECT_EQ(file[54 + row * 60 + pad], 0);
     }
@@ -103,21 +96,10 @@ TEST(LampBitmaps, ABlackOutlineOnTheBackgroundBoundsTheFill) {
         }
       }
     }
-    for (const auto& [x, y] : {std::pair{0, 0}, {18, 0}, {0, 21}, {18, 21}, {17, 10}, {8, 2}}) {
-      EXPECT_EQ(PixelAt(file, x, y), kBackground) << x << "," << y;
-    }
     EXPECT_EQ(PixelAt(file, 8, 10), c.fill);
     // The disc is round: the corners of its bounding box are background.
     for (const auto& [x, y] : {std::pair{1, 3}, {16, 3}, {1, 18}, {16, 18}}) {
       EXPECT_EQ(PixelAt(file, x, y), kBackground) << x << "," << y;
-    }
-    // The outline is symmetric about the centre lines.
-    for (int y = 0; y < 22; ++y) {
-      for (int x = 0; x < 19; ++x) {
-        if (PixelAt(file, x, y) != kBlack) continue;
-        EXPECT_EQ(PixelAt(file, 17 - x, y), kBlack) << x << "," << y;
-        EXPECT_EQ(PixelAt(file, x, 21 - y), kBlack) << x << "," << y;
-      }
     }
   }
 }

@@ -14,26 +14,19 @@ using forms::MsgBoxStyle;
 using testing::Box;
 using testing::ProgramFixture;
 
-TEST(FormLoad, LaterRunKeepsSoftwareFlowAndResetsHardwareFlowCharacters) {
+// A stored local port of "0" is a setting: the start must not take it for a first run and
+// overwrite the port's settings with the defaults.
+TEST(FormLoad, AStoredLocalPortOfZeroIsNoFirstRun) {
   ProgramFixture f;
-  f.AddPorts(2);
+  f.AddPorts(1);
   ASSERT_TRUE(f.Start());
   f.Store("COM3", "FLOWCONTROL", "49");
   f.Store("COM3", "XON", "17");
-  f.Store("COM3", "XOFF", "19");
   f.Store("COM3", "LOCALPORT", "0");
-  f.Store("COM4", "XON", "1");
-  f.Store("COM4", "XOFF", "2");
   f.NewProgram();
   ASSERT_TRUE(f.Start());
-  Program& p = f.p();
+  EXPECT_EQ(f.Stored("COM3", "LOCALPORT"), "0");
   EXPECT_EQ(f.Stored("COM3", "XON"), "17");
-  EXPECT_EQ(f.Stored("COM4", "XON"), "66");
-  EXPECT_EQ(f.Stored("COM4", "XOFF"), "65");
-  EXPECT_EQ(f.Stored("COM3", "LOCALPORT"), "0");  // "0" is a stored setting, not a first run
-  EXPECT_EQ(p.Text("TXT_XON"), "&H11");
-  EXPECT_TRUE(p.Value("OPT_SWF"));
-  EXPECT_TRUE(p.Ctl("LBL_XON").enabled);
 }
 
 TEST(FormLoad, AStoreThatCannotBeWrittenEndsTheStart) {
@@ -75,35 +68,6 @@ TEST(FormLoad, APortMovedIntoRowZeroDoesNotCostTheOthersTheirSettings) {
   EXPECT_EQ(f.Stored("COM4", "LOCALPORT"), "4444");
   EXPECT_EQ(f.Stored("COM4", "FLOWCONTROL"), "49");
   EXPECT_EQ(f.Stored("COM4", "XON"), "17");
-}
-
-// A first run (row 0 has no key) with a later port whose key some hand or older version left
-// incomplete: what the key holds is kept, what it lacks takes the row's default rather than the
-// read's blanks (which would save a LOCALPORT of blanks and an address of 0.0.0.0).
-TEST(FormLoad, FirstRunFillsTheValuesALaterPortsKeyLacksWithItsDefaults) {
-  ProgramFixture f;
-  f.AddPorts(3);
-  f.Store("COM4", "FLOWCONTROL", "49");
-  f.Store("COM4", "XON", "17");
-  f.Store("COM5", "LOCALPORT", "5555");
-  ASSERT_TRUE(f.Start());
-  const std::pair<const char*, const char*> com4[] = {
-      {"ENABLED", "49"},
-      {"FLOWCONTROL", "49"},
-      {"XON", "17"},
-      {"XOFF", "65"},
-      {"LOCALPORT", "3001"},
-      {"REMOTEPORT", "3004"},
-      {"REMOTEIP", "587311296"},
-  };
-  for (const auto& [name, text] : com4) EXPECT_EQ(f.Stored("COM4", name), text) << name;
-  const std::pair<const char*, const char*> com5[] = {
-      {"ENABLED", "49"},      {"FLOWCONTROL", "48"},     {"LOCALPORT", "5555"},
-      {"REMOTEPORT", "3005"}, {"REMOTEIP", "587311296"},
-  };
-  for (const auto& [name, text] : com5) EXPECT_EQ(f.Stored("COM5", name), text) << name;
-  EXPECT_EQ(f.row(1).RemoteIP, "192.168.1.35");
-  EXPECT_EQ(f.row(2).LocalPort, "5555");
 }
 
 // A device map value of COM and a backslash names a port of that name; its key path then ends in

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "config_appl/model/program_fixture.h"
+#include "platform/registry/test_registry.h"
 
 namespace ketra {
 namespace {
@@ -19,44 +20,34 @@ std::vector<std::string> Names(Program& p) {
   return names;
 }
 
-struct ScanCase {
-  const char* what;
-  std::vector<std::pair<int, std::string>> devices;
-  std::vector<std::string> expected;
-};
-
-class ScanTest : public ::testing::TestWithParam<ScanCase> {};
-
-TEST_P(ScanTest, GivesRowsInDeviceOrder) {
-  ProgramFixture f;
-  for (const auto& [device, data] : GetParam().devices) f.AddDevice(device, data);
-  ReadRegistry(f.p());
-  EXPECT_EQ(Names(f.p()), GetParam().expected);
-  EXPECT_EQ(f.p().decl().PortCount, static_cast<int>(GetParam().expected.size()));
+TEST(ReadRegistry, GivesRowsInDeviceOrder) {
+  struct Case {
+    const char* what;
+    std::vector<std::pair<int, std::string>> devices;
+    std::vector<std::string> expected;
+  };
+  const Case cases[] = {
+      {"gaps", {{0, "COM3"}, {1, "COM4"}, {5, "COM7"}}, {"COM3", "COM4", "COM7"}},
+      {"last number only", {{9999, "COM9"}, {10000, "COM8"}}, {"COM9"}},
+      {"order by device not name", {{0, "COM9"}, {1, "COM3"}}, {"COM9", "COM3"}},
+      {"lower case and other devices use no row",
+       {{0, "com5"}, {1, "LPT1"}, {2, "COM6"}},
+       {"COM6"}},
+      {"leading space is tested before trimming", {{0, " COM5"}, {1, "COM6"}}, {"COM6"}},
+      {"cut to five characters", {{0, "COM100"}, {1, "COM12"}}, {"COM10", "COM12"}},
+      {"cut to four when the fifth is no digit", {{0, "COMXY"}}, {"COMX"}},
+      {"any C counts, the NUL kept", {{0, "Cab"}}, {std::string("Cab\0", 4)}},
+      {"same name twice", {{0, "COM12a"}, {1, "COM123"}}, {"COM12", "COM12"}},
+      {"empty map", {}, {}},
+  };
+  for (const Case& c : cases) {
+    ProgramFixture f;
+    for (const auto& [device, data] : c.devices) f.AddDevice(device, data);
+    ReadRegistry(f.p());
+    EXPECT_EQ(Names(f.p()), c.expected) << c.what;
+    EXPECT_EQ(f.p().decl().PortCount, static_cast<int>(c.expected.size())) << c.what;
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Discovery, ScanTest,
-    ::testing::Values(
-        ScanCase{"gaps", {{0, "COM3"}, {1, "COM4"}, {5, "COM7"}}, {"COM3", "COM4", "COM7"}},
-        ScanCase{"last number only", {{9999, "COM9"}, {10000, "COM8"}}, {"COM9"}},
-        ScanCase{"order by device not name", {{0, "COM9"}, {1, "COM3"}}, {"COM9", "COM3"}},
-        ScanCase{"lower case and other devices use no row",
-                 {{0, "com5"}, {1, "LPT1"}, {2, "COM6"}},
-                 {"COM6"}},
-        ScanCase{"leading space is tested before trimming", {{0, " COM5"}, {1, "COM6"}}, {"COM6"}},
-        ScanCase{"cut to five characters", {{0, "COM100"}, {1, "COM12"}}, {"COM10", "COM12"}},
-        ScanCase{"cut to four when the fifth is no digit", {{0, "COMXY"}}, {"COMX"}},
-        ScanCase{"any C counts, the NUL kept", {{0, "Cab"}}, {std::string("Cab\0", 4)}},
-        ScanCase{"same name twice", {{0, "COM12a"}, {1, "COM123"}}, {"COM12", "COM12"}},
-        ScanCase{"empty map", {}, {}}),
-    [](const ::testing::TestParamInfo<ScanCase>& param_info) {
-      std::string name = param_info.param.what;
-      for (char& c : name) {
-        if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
-      }
-      return name;
-    });
 
 TEST(PortNameFromValueText, CutsAtTheFifthCharacter) {
   using namespace std::string_literals;
@@ -79,13 +70,6 @@ TEST(ReadRegistry, StopsAtTheHundredAndSecondPort) {
   EXPECT_EQ(f.row(0).PortName, "COM1");
 }
 
-TEST(ReadRegistry, MissingMapFindsNothingAndLeavesTheTableZero) {
-  ProgramFixture f;
-  ReadRegistry(f.p());
-  EXPECT_EQ(f.p().decl().PortCount, 0);
-  EXPECT_TRUE(f.row(0).PortName.empty());
-}
-
 TEST(ReadRegistry, ValueLengthIsKeptAcrossMissingDevices) {
   // Device 1 has no value: its buffer is made of the previous length in NULs and fails the
   // test, while device 2 still matches.
@@ -98,18 +82,12 @@ TEST(ReadRegistry, ValueLengthIsKeptAcrossMissingDevices) {
 
 TEST(ReadRegistry, ValuesOfOtherTypesAreReadAsText) {
   ProgramFixture f;
-  registry::HKey key = 0;
-  std::uint32_t disposition = 0;
-  f.memory->CreateKeyEx(registry::kHKeyLocalMachine, "HARDWARE\\DEVICEMAP\\SERIALCOMM", 0,
-                        registry::kKeyWrite, &key, &disposition);
-  const std::string binary = "COM7";  // no NUL at all
-  f.memory->SetValueEx(key, "\\Device\\TesSerial0", registry::kRegBinary,
-                       reinterpret_cast<const std::uint8_t*>(binary.data()), 4);
-  f.memory->SetValueEx(key, "\\Device\\TesSerial1", registry::kRegBinary, nullptr, 0);
-  const std::uint32_t dword = 0x43;  // "C\0\0\0"
-  f.memory->SetValueEx(key, "\\Device\\TesSerial2", registry::kRegDword,
-                       reinterpret_cast<const std::uint8_t*>(&dword), 4);
-  f.memory->CloseKey(key);
+  const char* map = "HARDWARE\\DEVICEMAP\\SERIALCOMM";
+  registry::PutValue(*f.memory, map, "\\Device\\TesSerial0", registry::kRegBinary, "COM7");
+  registry::PutValue(*f.memory, map, "\\Device\\TesSerial1", registry::kRegBinary, "");
+  // A DWORD 0x43 reads as "C" and three NULs.
+  registry::PutValue(*f.memory, map, "\\Device\\TesSerial2", registry::kRegDword,
+                     std::string("C\0\0\0", 4));
   ReadRegistry(f.p());
   ASSERT_EQ(f.p().decl().PortCount, 2);
   EXPECT_EQ(f.row(0).PortName, "COM7");

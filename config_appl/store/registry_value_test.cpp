@@ -6,12 +6,14 @@
 #include <vector>
 
 #include "config_appl/model/program_fixture.h"
+#include "platform/registry/test_registry.h"
 
 namespace ketra {
 namespace {
 
-using testing::Box;
 using testing::ProgramFixture;
+
+constexpr const char* kCom3 = "Software\\Tessaron\\VSP\\COM3";
 
 void Set(Program& p, std::string_view section, std::string_view name, std::string_view value) {
   SetRegistryValue(p, registry::kHKeyLocalMachine, kCompany, kProduct, section, name, value);
@@ -37,31 +39,13 @@ TEST(SetRegistryValue, StoresTheTextAndOneNulAsTypeZero) {
 
 TEST(SetRegistryValue, ReplacesAValueOfAnotherType) {
   ProgramFixture f;
-  f.AddDevice(0, "COM3");  // any key will do; make the port key by hand with REG_SZ
-  registry::HKey key = 0;
-  std::uint32_t disposition = 0;
-  f.memory->CreateKeyEx(registry::kHKeyLocalMachine, "Software\\Tessaron\\VSP\\COM3", 0,
-                        registry::kKeyWrite, &key, &disposition);
-  f.memory->SetValueEx(key, "XON", registry::kRegSz, reinterpret_cast<const std::uint8_t*>("17"),
-                       3);
-  f.memory->CloseKey(key);
+  registry::PutValue(*f.memory, kCom3, "XON", registry::kRegSz, std::string("17\0", 3));
   Set(f.p(), "COM3", "XON", "66");
   std::uint32_t type = 99;
   std::vector<std::uint8_t> data;
   ASSERT_TRUE(f.StoredRaw("COM3", "XON", &type, &data));
   EXPECT_EQ(type, registry::kRegNone);
   EXPECT_EQ(f.Stored("COM3", "XON"), "66");
-}
-
-TEST(SetRegistryValue, AKeyThatCannotBeCreatedEndsTheProgramAfterACriticalBox) {
-  ProgramFixture f;
-  Set(f.p(), "COM3", "PORTNAME", "COM3");
-  f.registry.FailWhen(registry::FaultyRegistry::Op::kCreate, "COM4");
-  EXPECT_THROW(Set(f.p(), "COM4", "PORTNAME", "COM4"), forms::ProgramEnded);
-  EXPECT_EQ(f.TakeBoxes(), (std::vector<Box>{{"Error opening or creating registry key -- aborting.",
-                                              forms::MsgBoxStyle::kCritical}}));
-  EXPECT_EQ(f.Stored("COM3", "PORTNAME"), "COM3");
-  EXPECT_EQ(f.Stored("COM4", "PORTNAME"), "<missing>");
 }
 
 TEST(SetRegistryValue, AFailedWriteIsSilent) {
@@ -99,18 +83,11 @@ TEST(GetRegistryValue, MissingValueAndOtherTypesKeepTheBlanksOfTheBuffer) {
   Set(f.p(), "COM3", "V", "1");
   EXPECT_EQ(Get(f.p(), "COM3", "MISSING"), std::string(254, ' '));
 
-  registry::HKey key = 0;
-  f.memory->OpenKeyEx(registry::kHKeyLocalMachine, "Software\\Tessaron\\VSP\\COM3", 0,
-                      registry::kKeyWrite, &key);
-  f.memory->SetValueEx(key, "SZ", registry::kRegSz, reinterpret_cast<const std::uint8_t*>("49"), 3);
+  registry::PutValue(*f.memory, kCom3, "SZ", registry::kRegSz, std::string("49\0", 3));
   // A text stored without its NUL: the read ends it with one, as with a stored NUL.
-  f.memory->SetValueEx(key, "SZBARE", registry::kRegSz, reinterpret_cast<const std::uint8_t*>("49"),
-                       2);
-  f.memory->SetValueEx(key, "EMPTY0", registry::kRegNone, nullptr, 0);
-  const std::string long_text(300, '7');
-  f.memory->SetValueEx(key, "LONG", registry::kRegNone,
-                       reinterpret_cast<const std::uint8_t*>(long_text.data()), 300);
-  f.memory->CloseKey(key);
+  registry::PutValue(*f.memory, kCom3, "SZBARE", registry::kRegSz, "49");
+  registry::PutValue(*f.memory, kCom3, "EMPTY0", registry::kRegNone, "");
+  registry::PutValue(*f.memory, kCom3, "LONG", registry::kRegNone, std::string(300, '7'));
 
   EXPECT_EQ(Get(f.p(), "COM3", "SZ"), std::string("49\0", 3) + std::string(252, ' '));
   EXPECT_EQ(Get(f.p(), "COM3", "SZBARE"), std::string("49\0", 3) + std::string(252, ' '));

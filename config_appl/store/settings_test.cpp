@@ -1,8 +1,7 @@
 // The save and the load of every port's settings, and their round trip.
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
+
+#include <chrono>
 
 #include <filesystem>
 #include <string>
@@ -17,6 +16,7 @@
 #include "config_appl/store/settings_save.h"
 #include "platform/registry/sqlite_hive.h"
 #include "platform/registry/test_hive_dir.h"
+#include "platform/registry/test_killed_writer.h"
 #include "platform/runtime/conversion_error.h"
 
 namespace ketra {
@@ -105,50 +105,33 @@ TEST(CreateConfigFile2, ASaveKilledAtAnyMomentLeavesTheStoreAsBeforeOrAfterIt) {
   constexpr int kPorts = 101;
   registry::TestHiveDir dir;
   const std::string hive = dir.File("hive.db");
-  int fds[2];
-  ASSERT_EQ(pipe(fds), 0);
-  const pid_t pid = fork();
-  if (pid == 0) {
-    close(fds[0]);
-    ProgramFixture f;
-    auto file = registry::OpenSqliteHive(hive);
-    Program program(Platform{*file, f.traced, f.app, f.files, f.boxes});
-    Declarations& d = program.decl();
-    d.LastPort = kPorts - 1;
-    for (int round = 1;; ++round) {
-      for (int r = 0; r < kPorts; ++r) {
-        d.PortTable[r] = {-1,
-                          "COM" + std::to_string(r + 3),
-                          "127.0.0.1",
-                          std::to_string(round),
-                          std::to_string(round),
-                          "0",
-                          static_cast<std::uint8_t>(round),
-                          65};
-      }
-      CreateConfigFile2(program);
-      if (write(fds[1], &round, sizeof round) != sizeof round) _exit(2);
-    }
-  }
-  close(fds[1]);
-  int reported = 0;
-  int value = 0;
-  while (reported < 12 && read(fds[0], &value, sizeof value) == sizeof value) reported = value;
   // Into the next save, which takes some milliseconds.
-  usleep(2000);
-  kill(pid, SIGKILL);
-  int status = 0;
-  waitpid(pid, &status, 0);
-  EXPECT_TRUE(WIFSIGNALED(status));
-  while (read(fds[0], &value, sizeof value) == sizeof value) reported = value;
-  close(fds[0]);
-  ASSERT_GE(reported, 12);
+  const registry::KilledWriter writer =
+      registry::KillWriterMidway(12, std::chrono::milliseconds(2), [&](const auto& report) {
+        ProgramFixture f;
+        auto file = registry::OpenSqliteHive(hive);
+        Program program(Platform{*file, f.traced, f.app, f.files, f.boxes});
+        Declarations& d = program.decl();
+        d.LastPort = kPorts - 1;
+        for (int round = 1;; ++round) {
+          const std::string text = std::to_string(round);
+          for (int r = 0; r < kPorts; ++r) {
+            d.PortTable[r] = {-1,  "COM" + std::to_string(r + 3),    "127.0.0.1", text, text,
+                              "0", static_cast<std::uint8_t>(round), 65};
+          }
+          CreateConfigFile2(program);
+          report(round);
+        }
+      });
+  EXPECT_TRUE(writer.killed);
+  ASSERT_GE(writer.last, 12);
 
   auto file = registry::OpenSqliteHive(hive);
   std::string reg_value;
   const std::string first = ReadPortValue(*file, reg_value, "COM3", "LOCALPORT");
   const int round = std::stoi(first);
-  EXPECT_TRUE(round == reported || round == reported + 1) << round << " after " << reported;
+  EXPECT_TRUE(round == writer.last || round == writer.last + 1)
+      << round << " after " << writer.last;
   int mixed = 0;
   for (int r = 0; r < kPorts; ++r) {
     const std::string port = "COM" + std::to_string(r + 3);
@@ -180,38 +163,6 @@ TEST(ReadAhead, ChangesNothing) {
   std::string reg_value;
   EXPECT_EQ(ReadPortValue(*file, reg_value, "COM3", "XON"), "17");
   EXPECT_EQ(ReadPortValue(*file, reg_value, "COM4", "ENABLED"), "48");
-}
-
-TEST(ReadTheRegistry, RoundTripGivesTheNormalForms) {
-  ProgramFixture f;
-  Discover(f, 3);
-  PopulateData(f.p());
-  f.row(0) = {0, "COM3", "192.168.1.200", "03003", "03000", "1", 17, 19};
-  f.row(1) = {-1, "COM4", "192.168.1.010", "", "3001 ", "0", 1, 2};
-  f.row(2) = {-1, "COM5", "not an address", "3005", "3002", "1", 0, 255};
-  CreateConfigFile2(f.p());
-
-  ProgramFixture& g = f;
-  g.NewProgram();
-  Discover(g, 0);  // the map is already there
-  ReadTheRegistry(g.p());
-  EXPECT_EQ(g.row(0).Enabled, 0);
-  EXPECT_EQ(g.row(0).FlowControl, "1");
-  EXPECT_EQ(g.row(0).XON, 17);
-  EXPECT_EQ(g.row(0).XOFF, 19);
-  EXPECT_EQ(g.row(0).RemoteIP, "192.168.1.200");
-  EXPECT_EQ(g.row(0).RemotePort, "3003");
-  EXPECT_EQ(g.row(0).LocalPort, "3000");
-  // Hardware flow: the presets stay, whatever was stored.
-  EXPECT_EQ(g.row(1).XON, 66);
-  EXPECT_EQ(g.row(1).XOFF, 65);
-  EXPECT_EQ(g.row(1).RemoteIP, "192.168.1.8");
-  EXPECT_EQ(g.row(1).RemotePort, "0");
-  EXPECT_EQ(g.row(1).LocalPort, "3001");
-  EXPECT_EQ(g.row(2).RemoteIP, "255.255.255.255");
-  EXPECT_EQ(g.row(2).XON, 0);
-  EXPECT_EQ(g.row(2).XOFF, 255);
-  EXPECT_EQ(g.p().decl().RegValue, "3005");
 }
 
 TEST(ReadTheRegistry, AFirstRunStopsAtTheFirstXoff) {

@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
+#include <algorithm>
+#include <optional>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -28,6 +30,7 @@ constexpr ControlSpec kLayout[] = {
     LayoutRow("GroupB", Kind::kFrame, "PageA").Tab(7),
     LayoutRow("OptB1", Kind::kOption, "GroupB").Tab(9),
     LayoutRow("OptB2", Kind::kOption, "GroupB").Tab(8),
+    LayoutRow("OptB3", Kind::kOption, "GroupB").Tab(18),  // tab order B2, B1, B3
     LayoutRow("Combo", Kind::kComboBox, "PageA").Tab(10),
     LayoutRow("Btn", Kind::kButton, "PageA").Tab(11),
     LayoutRow("HiddenBtn", Kind::kButton, "PageA").Tab(12).Hidden(),
@@ -47,44 +50,165 @@ class NoBoxes : public MessageBoxService {
   std::vector<std::string> shown;
 };
 
-std::string EventName(Notification notification) {
-  constexpr std::array<std::string_view, 8> kNames = {"Load",      "Click", "Change",  "GotFocus",
-                                                      "LostFocus", "Timer", "UpClick", "DownClick"};
-  return std::string(kNames.at(static_cast<size_t>(notification)));
+constexpr std::string_view kEvents[] = {"Load",      "Click", "Change",  "GotFocus",
+                                        "LostFocus", "Timer", "UpClick", "DownClick"};
+
+Key KeyNamed(std::string_view name) {
+  constexpr std::pair<std::string_view, Key> kKeys[] = {
+      {"Up", Key::kUp},       {"Down", Key::kDown}, {"Left", Key::kLeft}, {"Right", Key::kRight},
+      {"Space", Key::kSpace}, {"Home", Key::kHome}, {"End", Key::kEnd}};
+  for (const auto& [text, key] : kKeys) {
+    if (text == name) return key;
+  }
+  throw std::logic_error("no key " + std::string(name));
 }
 
+// A form of kLayout driven by steps, "verb NAME ARG" with "; " between them:
+//  user actions: click, focus, choose, type, paste, backspace, key, up, down (the up-down
+//    arrows), tick, tab, backtab, page N, close;
+//  the program's assignments: set (the text), select and clear (an option), enable, disable,
+//    show, hide, item (adds a list entry), selstart, sellength, picture (red), box (a text box's
+//    text and selection, "1[23]4" or "12|").
+// Run gives the trace the steps left: every notification as "Name.Event" (a Change with the text
+// the box held), a refused action as "!reason", an action that does not apply to the control as
+// "!invalid", the end of the program as "!unloaded"; "?NAME" adds the state of NAME, "?" the focus.
 class FormTest : public ::testing::Test {
  protected:
-  FormTest() : form(kLayout, boxes) {
-    for (ControlId id = 0; id < form.size(); ++id) {
-      for (int n = 0; n <= static_cast<int>(Notification::kDownClick); ++n) {
-        Record(form.at(id).name, static_cast<Notification>(n));
+  FormTest() { Reset(); }
+
+  void Reset() {
+    form.emplace(kLayout, boxes);
+    trace.clear();
+    for (ControlId id = 0; id < form->size(); ++id) {
+      for (int n = 0; n < static_cast<int>(std::size(kEvents)); ++n) {
+        Record(form->at(id).name, static_cast<Notification>(n));
       }
     }
   }
 
-  // Every notification leaves "Name.Event" in the trace (Change with the text it saw), then runs
-  // `then` if given.
+  // Every notification leaves "Name.Event" in the trace, then runs `then` if given.
   void Record(const std::string& name, Notification notification, std::function<void()> then = {}) {
-    form.On(name, notification, [this, name, notification, then] {
-      std::string entry = name + "." + EventName(notification);
-      if (notification == Notification::kChange) entry += "(" + form.at(name).text + ")";
+    form->On(name, notification, [this, name, notification, then] {
+      std::string entry = name + "." + std::string(kEvents[static_cast<size_t>(notification)]);
+      if (notification == Notification::kChange) entry += "(" + form->at(name).text + ")";
       trace.push_back(entry);
       if (then) then();
     });
   }
 
-  ControlId id(std::string_view name) const { return form.Id(name); }
-  std::string FocusName() const {
-    return form.focus() == kNoControl ? "" : form.at(form.focus()).name;
+  std::string Run(std::string_view steps) {
+    trace.clear();
+    std::istringstream lines{std::string(steps)};
+    for (std::string step; std::getline(lines, step, ';');) {
+      std::istringstream words(step);
+      std::string verb, name, arg;
+      words >> verb >> name >> arg;
+      if (verb.empty()) continue;
+      try {
+        if (const Refusal refusal = Do(verb, name, arg); refusal != Refusal::kNone) {
+          trace.push_back("!" + std::string(RefusalName(refusal)));
+        }
+      } catch (const std::invalid_argument&) {
+        trace.push_back("!invalid");
+      } catch (const ProgramEnded&) {
+        trace.push_back(form->unloaded() ? "!unloaded" : "!ended without an unload");
+      }
+    }
+    std::string joined;
+    for (const std::string& entry : trace) joined += (joined.empty() ? "" : " ") + entry;
+    return joined;
+  }
+
+  std::string State(std::string_view name) const {
+    if (name.empty())
+      return "@" + (form->focus() == kNoControl ? "" : form->at(form->focus()).name);
+    const Control& control = form->at(name);
+    std::string state = std::string(name) + "=";
+    switch (control.kind) {
+      case Kind::kTextBox: {
+        std::string text = control.text;
+        const size_t start = std::min(static_cast<size_t>(control.sel_start), text.size());
+        if (control.sel_length == 0) return state + text.insert(start, "|");
+        text.insert(start + static_cast<size_t>(control.sel_length), "]");
+        return state + text.insert(start, "[");
+      }
+      case Kind::kComboBox:
+        return state + control.text + "#" + std::to_string(control.list_index);
+      case Kind::kOption:
+        return state + (control.value ? "on" : "off");
+      case Kind::kTab:
+        return state + std::to_string(control.tab_shown);
+      default:
+        return state + control.caption;
+    }
   }
 
   NoBoxes boxes;
-  Form form;
+  std::optional<Form> form;
   std::vector<std::string> trace;
-};
 
-using Trace = std::vector<std::string>;
+ private:
+  Refusal Do(const std::string& verb, const std::string& name, const std::string& arg) {
+    if (verb.starts_with('?')) {
+      trace.push_back(State(verb.substr(1)));
+    } else if (verb == "tab") {
+      form->Tab();
+    } else if (verb == "backtab") {
+      form->BackTab();
+    } else if (verb == "page") {
+      form->ShowPage(std::stoi(name));
+    } else if (verb == "close") {
+      form->Close();
+    } else {
+      return DoOn(verb, form->Id(name), arg);
+    }
+    return Refusal::kNone;
+  }
+
+  Refusal DoOn(const std::string& verb, ControlId id, const std::string& arg) {
+    if (verb == "click") return form->Click(id);
+    if (verb == "focus") return form->Focus(id);
+    if (verb == "choose") return form->Choose(id, arg);
+    if (verb == "type") return form->Type(id, arg);
+    if (verb == "paste") return form->Paste(id, arg);
+    if (verb == "backspace") return form->Backspace(id);
+    if (verb == "key") return form->Press(id, KeyNamed(arg));
+    if (verb == "up") return form->UpClick(id);
+    if (verb == "down") return form->DownClick(id);
+    if (verb == "tick") {
+      form->Tick(id);
+    } else if (verb == "set") {
+      form->SetText(id, arg);
+    } else if (verb == "select" || verb == "clear") {
+      form->SetValue(id, verb == "select");
+    } else if (verb == "enable" || verb == "disable") {
+      form->SetEnabled(id, verb == "enable");
+    } else if (verb == "show" || verb == "hide") {
+      form->SetVisible(id, verb == "show");
+    } else if (verb == "item") {
+      form->SetListItem(id, static_cast<int>(form->at(id).items.size()), arg);
+    } else if (verb == "selstart") {
+      form->SetSelStart(id, std::stoi(arg));
+    } else if (verb == "sellength") {
+      form->SetSelLength(id, std::stoi(arg));
+    } else if (verb == "picture") {
+      form->SetPicture(id, Picture::kRed);
+    } else if (verb == "box") {
+      std::string text = arg;
+      const size_t open = text.find_first_of("[|");
+      const size_t close = text.find(']');
+      text.erase(std::remove_if(text.begin(), text.end(),
+                                [](char c) { return c == '[' || c == ']' || c == '|'; }),
+                 text.end());
+      form->SetText(id, text);
+      form->SetSelStart(id, static_cast<int>(open));
+      form->SetSelLength(id, close == std::string::npos ? 0 : static_cast<int>(close - open - 1));
+    } else {
+      throw std::logic_error("no step " + verb);
+    }
+    return Refusal::kNone;
+  }
+};
 
 TEST(FormLayout, RefusesContainersLaidOutAfterTheirContents) {
   NoBoxes boxes;
@@ -103,627 +227,337 @@ TEST(FormLayout, RefusesContainersLaidOutAfterTheirContents) {
 }
 
 TEST_F(FormTest, NamesAreFoundWithoutRegardToCase) {
-  EXPECT_EQ(form.Find("txta"), form.Find("TXTA"));
-  EXPECT_NE(form.Find("TxtA"), kNoControl);
-  EXPECT_EQ(form.Find("Nothing"), kNoControl);
-  EXPECT_THROW(form.Id("Nothing"), std::out_of_range);
+  EXPECT_EQ(form->Find("txta"), form->Find("TXTA"));
+  EXPECT_NE(form->Find("TxtA"), kNoControl);
+  EXPECT_EQ(form->Find("Nothing"), kNoControl);
+  EXPECT_THROW(form->Id("Nothing"), std::out_of_range);
 }
 
-TEST_F(FormTest, OptionButtonsExcludeEachOtherAndClickOnlyWhenSelected) {
-  form.SetValue(id("OptA2"), true);
-  EXPECT_TRUE(form.at("OptA2").value);
-  EXPECT_FALSE(form.at("OptA1").value);
-  EXPECT_EQ(trace, Trace{"OptA2.Click"});
-
-  form.SetValue(id("OptA2"), true);  // already selected: nothing
-  EXPECT_EQ(trace, Trace{"OptA2.Click"});
-
-  form.SetValue(id("OptB1"), true);  // another container: group A keeps its selection
-  EXPECT_TRUE(form.at("OptA2").value);
-  EXPECT_EQ(trace, (Trace{"OptA2.Click", "OptB1.Click"}));
-
-  form.SetValue(id("OptA2"), false);  // clearing raises nothing and selects no sibling
-  EXPECT_FALSE(form.at("OptA2").value);
-  EXPECT_FALSE(form.at("OptA1").value);
-  EXPECT_EQ(trace.size(), 2u);
-
-  form.SetValue(id("OptA1"), true);
-  EXPECT_EQ(trace.back(), "OptA1.Click");
-  EXPECT_THROW(form.SetValue(id("TxtA"), true), std::invalid_argument);
+// Each row on a fresh form: the steps and the trace they leave.
+TEST_F(FormTest, StepsRaiseTheirNotificationsInOrder) {
+  struct Case {
+    std::string_view what;
+    std::string_view steps;
+    std::string_view trace;
+  };
+  const Case cases[] = {
+      {"options of one container exclude each other; the selected one raises nothing",
+       "select OptA2; ?OptA1; select OptA2; select OptB1; ?OptA2; clear OptA2; ?OptA1; ?OptA2; "
+       "select TxtA",
+       "OptA2.Click OptA1=off OptB1.Click OptA2=on OptA1=off OptA2=off !invalid"},
+      {"a text assigned: Change only when it differs, the caret to 0, no limit",
+       "box TxtA 1[2]; set TxtA 12; ?TxtA; set TxtA 123456; ?TxtA; set TxtA; set TxtA",
+       "TxtA=|12 TxtA.Change(123456) TxtA=|123456 TxtA.Change()"},
+      {"assigned selections stay inside the text; a new caret drops the selection",
+       "selstart TxtA 9; ?TxtA; selstart TxtA 1; sellength TxtA 9; ?TxtA; selstart TxtA 0; ?TxtA; "
+       "selstart TxtA -1; sellength Combo 1",
+       "TxtA=12| TxtA=1[2] TxtA=|12 !invalid !invalid"},
+      {"refused user actions perform nothing; the program's assignments go through",
+       "disable GroupA; click OptA2; type TxtA 9; paste TxtA 9; backspace TxtA; focus TxtA; "
+       "click HiddenBtn; up Up; down Up; item Combo COM3; disable Combo; choose Combo COM3; ?; "
+       "?OptA2; ?TxtA; ?Combo; set TxtA 7; select OptA2",
+       "!disabled container !disabled container !disabled container !disabled container "
+       "!disabled container !hidden !page not shown !page not shown !disabled @ OptA2=off "
+       "TxtA=|12 Combo=#-1 TxtA.Change(7) OptA2.Click"},
+      {"actions that do not fit the kind",
+       "item Combo COM3; click TxtA; click Combo; type Btn 1; paste Combo 1; backspace Lbl; "
+       "choose TxtA COM3; choose Combo COM4; focus Lbl; key Lbl Space; tick Btn; up Btn; "
+       "picture Lbl; set Img x; page 2",
+       "!invalid !invalid !invalid !invalid !invalid !invalid !invalid !invalid !invalid !invalid "
+       "!invalid !invalid !invalid !invalid"},
+      {"a click moves the focus first; the selected option takes the focus only",
+       "focus TxtA; click Btn; click Btn; click OptA2; ?OptA1; click OptA1; click OptA1",
+       "TxtA.GotFocus TxtA.LostFocus Btn.GotFocus Btn.Click Btn.Click Btn.LostFocus OptA2.GotFocus "
+       "OptA2.Click OptA1=off OptA2.LostFocus OptA1.GotFocus OptA1.Click"},
+      {"focus: LostFocus of the old, then GotFocus of the new",
+       "focus TxtA; focus TxtA; focus TxtFree; ?",
+       "TxtA.GotFocus TxtA.LostFocus TxtFree.GotFocus @TxtFree"},
+      {"choose focuses the box, then selects and clicks even the selected entry",
+       "item Combo COM3; item Combo COM4; focus TxtA; choose Combo COM4; ?Combo; choose Combo COM4",
+       "TxtA.GotFocus TxtA.LostFocus Combo.GotFocus Combo.Click Combo=COM4#1 Combo.Click"},
+      {"tab from an option that is not its group's stop goes on to the next stop",
+       "click OptA2; focus OptA1; tab; ?",
+       "OptA2.GotFocus OptA2.Click OptA2.LostFocus OptA1.GotFocus OptA1.LostFocus OptA2.GotFocus "
+       "@OptA2"},
+      {"a page shown moves the focus to the tab control, once",
+       "focus TxtA; page 1; ?; ?Tabs; ?TxtA; page 1; focus TxtA",
+       "TxtA.GotFocus TxtA.LostFocus Tabs.GotFocus @Tabs Tabs=1 TxtA=|12 !page not shown"},
+      {"up-down arrows raise their notifications and leave the focus", "page 1; up Up; down Up; ?",
+       "Tabs.GotFocus Up.UpClick Up.DownClick @Tabs"},
+      {"timers tick on any page when enabled with an interval",
+       "tick Clock; tick Still; disable Clock; tick Clock", "Clock.Timer"},
+      {"closing unloads", "close; ?", "!unloaded @"},
+      // Keys on a list without a selection; on a box, the caret within the text; on the tab
+      // control and the up-down control.
+      {"list keys stay within the ends",
+       "item Combo COM3; item Combo COM4; key Combo Up; ?Combo; key Combo Right; key Combo Down; "
+       "?Combo; key Combo Home; ?Combo",
+       "Combo.GotFocus Combo.Click Combo=COM3#0 Combo.Click Combo=COM4#1 Combo.Click Combo=COM3#0"},
+      {"box keys move the caret; a selection collapses to its end",
+       "key TxtA End; ?TxtA; key TxtA Right; ?TxtA; key TxtA Up; ?TxtA; box TxtA [12]; "
+       "key TxtA Down; ?TxtA",
+       "TxtA.GotFocus TxtA=12| TxtA=12| TxtA=1|2 TxtA=12|"},
+      {"page keys stay within the ends; the up-down control takes Up and Down",
+       "key Tabs End; ?Tabs; key Tabs Down; ?Tabs; key Up Up; key Up Down",
+       "Tabs.GotFocus Tabs=1 Tabs=1 Tabs.LostFocus Up.GotFocus Up.UpClick Up.DownClick"},
+      {"a disabled option is stepped over; an option out of reach refuses keys",
+       "disable OptA2; key OptA1 Down; ?; key OptA2 Space", "OptA1.GotFocus @OptA1 !disabled"},
+  };
+  for (const Case& c : cases) {
+    Reset();
+    EXPECT_EQ(Run(c.steps), c.trace) << c.what;
+  }
 }
 
-TEST_F(FormTest, TextBoxRaisesChangeOnlyWhenTheTextDiffersAndPutsTheCaretAtZero) {
-  form.SetSelStart(id("TxtA"), 1);
-  form.SetSelLength(id("TxtA"), 1);
-  form.SetText(id("TxtA"), "12");
-  EXPECT_TRUE(trace.empty());
-  EXPECT_EQ(form.at("TxtA").sel_start, 0);
-  EXPECT_EQ(form.at("TxtA").sel_length, 0);
-
-  form.SetText(id("TxtA"), "123456");  // the limit binds the user only
-  EXPECT_EQ(form.at("TxtA").text, "123456");
-  EXPECT_EQ(trace, Trace{"TxtA.Change(123456)"});
-  form.SetText(id("TxtA"), "");
-  form.SetText(id("TxtA"), "");
-  EXPECT_EQ(trace, (Trace{"TxtA.Change(123456)", "TxtA.Change()"}));
+TEST_F(FormTest, KeysActOnTheControlByItsKind) {
+  struct Case {
+    std::string_view focus;
+    std::string_view steps;
+    std::string_view trace;
+  };
+  // Before each case: OptA1 and OptB2 selected (OptB2, OptB1, OptB3 in tab order), Combo holding
+  // COM3 and COM4 with COM3 selected, TxtA "12" with the caret at 1, the focus on `focus`.
+  const Case cases[] = {
+      // Option groups: arrows move to the neighbour in tab order, and select it.
+      {"OptA1", "key OptA1 Right; ?", "OptA1.LostFocus OptA2.GotFocus OptA2.Click @OptA2"},
+      {"OptB2", "key OptB2 Down; ?", "OptB2.LostFocus OptB1.GotFocus OptB1.Click @OptB1"},
+      {"OptB1", "key OptB1 Left; ?", "OptB1.LostFocus OptB2.GotFocus @OptB2"},  // selected already
+      {"OptA1", "key OptA1 Space; ?", "@OptA1"},
+      {"OptA2", "key OptA2 Space; ?OptA1", "OptA2.Click OptA1=off"},
+      {"OptA1", "key OptA1 Home; ?", "@OptA1"},
+      // The list steps without wrapping; each choice is a Click.
+      {"Combo", "key Combo Up; ?Combo", "Combo=COM3#0"},
+      {"Combo", "key Combo End; ?Combo", "Combo.Click Combo=COM4#1"},
+      {"Combo", "key Combo Space", ""},
+      // A button takes Space only; a key on a control without the focus takes it first.
+      {"Btn", "key Btn Down", ""},
+      {"Btn", "key TxtA Space; ?TxtA", "Btn.LostFocus TxtA.GotFocus TxtA.Change(1 2) TxtA=1 |2"},
+  };
+  for (const Case& c : cases) {
+    Reset();
+    Run("item Combo COM3; item Combo COM4; set Combo COM3; select OptB2; box TxtA 1|2; focus " +
+        std::string(c.focus));
+    EXPECT_EQ(Run(c.steps), c.trace) << c.focus << ": " << c.steps;
+  }
 }
 
-TEST_F(FormTest, SelectionAssignmentsStayInsideTheText) {
-  form.SetSelStart(id("TxtA"), 9);
-  EXPECT_EQ(form.at("TxtA").sel_start, 2);
-  form.SetSelStart(id("TxtA"), 1);
-  form.SetSelLength(id("TxtA"), 9);
-  EXPECT_EQ(form.at("TxtA").sel_length, 1);
-  form.SetSelStart(id("TxtA"), 0);  // a new caret drops the selection
-  EXPECT_EQ(form.at("TxtA").sel_length, 0);
-  EXPECT_THROW(form.SetSelStart(id("TxtA"), -1), std::invalid_argument);
-  EXPECT_THROW(form.SetSelLength(id("Combo"), 1), std::invalid_argument);
+// Type, paste and backspace at the caret or over the selection of a box; the limit binds the
+// user. Typing raises one Change per keystroke that changes the text, a paste or a backspace one.
+TEST_F(FormTest, EditsWorkAtTheCaretOrOverTheSelectionWithinTheLimit) {
+  struct Case {
+    std::string_view before;
+    std::string_view edit;
+    std::string_view after;
+    int changes;
+  };
+  const Case cases[] = {
+      {"|", "type TxtA 123", "TxtA=123|", 3},
+      {"1|4", "type TxtA 23", "TxtA=123|4", 2},
+      {"1[23]4", "type TxtA 9", "TxtA=19|4", 1},
+      {"[1234]", "type TxtA 56", "TxtA=56|", 2},
+      {"12|", "type TxtA 3456", "TxtA=1234|", 2},   // the limit drops keystrokes
+      {"123[4]", "type TxtA 56", "TxtA=1235|", 1},  // a replacement, then over the limit
+      {"[1]234", "type TxtA 1", "TxtA=1|234", 0},   // the same character over itself
+      {"|", "paste TxtA -1.5e3", "TxtA=-1.5|", 1},  // cut to the limit
+      {"1|2", "paste TxtA 345", "TxtA=134|2", 1},
+      {"1[23]4", "paste TxtA abc", "TxtA=1ab|4", 1},
+      {"1234|", "paste TxtA 5", "TxtA=1234|", 0},
+      {"|123456", "paste TxtA 9", "TxtA=|123456", 0},  // over the limit already: nothing fits
+      {"[1234]", "paste TxtA", "TxtA=|", 1},
+      {"|", "paste TxtFree 0000000255", "TxtFree=0000000255|", 1},  // no limit
+      {"1234|", "backspace TxtA", "TxtA=123|", 1},
+      {"12|34", "backspace TxtA", "TxtA=1|34", 1},
+      {"1[23]4", "backspace TxtA", "TxtA=1|4", 1},
+      {"|1234", "backspace TxtA", "TxtA=|1234", 0},
+      {"|", "backspace TxtA", "TxtA=|", 0},
+  };
+  for (const Case& c : cases) {
+    Reset();
+    std::istringstream words{std::string(c.edit)};
+    std::string verb, box;
+    words >> verb >> box;
+    Run("focus " + box + "; box " + box + " " + std::string(c.before));
+    const std::string seen = Run(std::string(c.edit) + "; ?" + box);
+    EXPECT_EQ(seen.substr(seen.rfind(' ') + 1), c.after) << c.edit << " on " << c.before;
+    int changes = 0;
+    for (size_t at = seen.find(".Change("); at != std::string::npos;
+         at = seen.find(".Change(", at + 1)) {
+      ++changes;
+    }
+    EXPECT_EQ(changes, c.changes) << c.edit << " on " << c.before;
+  }
 }
 
 TEST_F(FormTest, ComboBoxAssignmentsFollowTheListRules) {
-  const ControlId combo = id("Combo");
-  form.SetListItem(combo, 0, "COM3");
-  form.SetListItem(combo, 1, "COM4");
-  EXPECT_THROW(form.SetListItem(combo, 3, "COM9"), std::out_of_range);
-  EXPECT_EQ(form.at(combo).items, (std::vector<std::string>{"COM3", "COM4"}));
-  EXPECT_EQ(form.at(combo).text, "");  // no entry selected yet
-
+  const ControlId combo = form->Id("Combo");
+  EXPECT_EQ(Run("item Combo COM3; item Combo COM4; ?Combo"), "Combo=#-1");  // none selected yet
+  EXPECT_THROW(form->SetListItem(combo, 3, "COM9"), std::out_of_range);
   struct Step {
     std::string_view text;
-    int index;
-    std::string_view shown;
-    bool click;
+    std::string_view trace;
   };
   const Step steps[] = {
-      {"COM4", 1, "COM4", true},                         // an entry selects and clicks
-      {"COM4", 1, "COM4", true},                         // also when it is already selected
-      {"com3", -1, "com3", false},                       // texts compare with case
-      {"COM3", 0, "COM3", true},   {"", -1, "", false},  // any other text stands, nothing selected
-      {"COM5", -1, "COM5", false},
+      {"COM4", "Combo.Click Combo=COM4#1"},  // an entry selects and clicks
+      {"COM4", "Combo.Click Combo=COM4#1"},  // also when it is already selected
+      {"com3", "Combo=com3#-1"},             // texts compare with case
+      {"COM3", "Combo.Click Combo=COM3#0"},
+      {"", "Combo=#-1"},  // any other text stands, nothing selected
+      {"COM5", "Combo=COM5#-1"},
   };
   for (const Step& step : steps) {
-    trace.clear();
-    form.SetText(combo, step.text);
-    EXPECT_EQ(form.at(combo).list_index, step.index) << step.text;
-    EXPECT_EQ(form.at(combo).text, step.shown) << step.text;
-    EXPECT_EQ(trace, step.click ? Trace{"Combo.Click"} : Trace{}) << step.text;
+    EXPECT_EQ(Run("set Combo " + std::string(step.text) + "; ?Combo"), step.trace) << step.text;
   }
-
-  form.SetText(combo, "COM3");
-  form.SetListItem(combo, 0, "COM7");  // replacing the selected entry replaces the text
-  EXPECT_EQ(form.at(combo).text, "COM7");
-  form.SetListItem(combo, 1, "COM8");
-  EXPECT_EQ(form.at(combo).text, "COM7");
-  EXPECT_EQ(form.at(combo).list_index, 0);
+  form->SetText(combo, "COM3");
+  form->SetListItem(combo, 0, "COM7");  // replacing the selected entry replaces the text
+  form->SetListItem(combo, 1, "COM8");
+  EXPECT_EQ(Run("?Combo"), "Combo=COM7#0");
 }
 
 TEST_F(FormTest, NotificationsRunInsideTheAssignmentThatRaisedThem) {
-  const ControlId free_box = id("TxtFree");
+  const ControlId free_box = form->Id("TxtFree");
   // A guard that empties its own box: the nested Change sees the empty text and stops there,
   // because assigning "" again raises nothing.
   Record("TxtFree", Notification::kChange, [&] {
-    if (form.at(free_box).text.find('x') != std::string::npos) form.SetText(free_box, "");
-    if (form.at(free_box).text.empty()) form.SetText(free_box, "");
+    if (form->at(free_box).text.find('x') != std::string::npos) form->SetText(free_box, "");
+    if (form->at(free_box).text.empty()) form->SetText(free_box, "");
   });
-  form.SetListItem(id("Combo"), 0, "COM3");
+  form->SetListItem(form->Id("Combo"), 0, "COM3");
   Record("Combo", Notification::kClick, [&] {
-    form.SetText(free_box, "1x");
+    form->SetText(free_box, "1x");
     trace.push_back("after");
   });
-  form.SetText(id("Combo"), "COM3");
-  EXPECT_EQ(trace, (Trace{"Combo.Click", "TxtFree.Change(1x)", "TxtFree.Change()", "after"}));
-  EXPECT_EQ(form.at(free_box).text, "");
+  EXPECT_EQ(Run("set Combo COM3; ?TxtFree"),
+            "Combo.Click TxtFree.Change(1x) TxtFree.Change() after TxtFree=|");
 }
 
 TEST_F(FormTest, ReachNamesTheNearestReasonFirst) {
   struct Case {
-    std::string_view what;
-    std::function<void(Form&)> setup;
+    std::string_view setup;
     std::string_view control;
     Refusal expected;
   };
   const Case cases[] = {
-      {"free", [](Form&) {}, "TxtA", Refusal::kNone},
-      {"hidden", [](Form&) {}, "HiddenBtn", Refusal::kHidden},
-      {"disabled", [](Form&) {}, "OffTxt", Refusal::kDisabled},
-      {"hidden before disabled", [](Form& f) { f.SetEnabled(f.Id("HiddenBtn"), false); },
-       "HiddenBtn", Refusal::kHidden},
-      {"own state before container", [](Form& f) { f.SetEnabled(f.Id("PageA"), false); }, "OffTxt",
-       Refusal::kDisabled},
-      {"disabled container", [](Form& f) { f.SetEnabled(f.Id("GroupA"), false); }, "TxtA",
-       Refusal::kDisabledContainer},
-      {"hidden container", [](Form& f) { f.SetVisible(f.Id("GroupA"), false); }, "TxtA",
-       Refusal::kHidden},
-      {"disabled before hidden container",
-       [](Form& f) {
-         f.SetVisible(f.Id("GroupA"), false);
-         f.SetEnabled(f.Id("GroupA"), false);
-       },
-       "TxtA", Refusal::kDisabledContainer},
-      {"nearest container first",
-       [](Form& f) {
-         f.SetVisible(f.Id("GroupA"), false);
-         f.SetEnabled(f.Id("PageA"), false);
-       },
-       "TxtA", Refusal::kHidden},
-      {"page not shown", [](Form&) {}, "TxtB", Refusal::kPageNotShown},
-      {"page itself not shown", [](Form&) {}, "PageB", Refusal::kPageNotShown},
-      {"page not shown after a disabled container",
-       [](Form& f) {
-         f.SetEnabled(f.Id("GroupA"), false);
-         f.ShowPage(1);
-       },
-       "TxtA", Refusal::kDisabledContainer},
-      {"deep on a page not shown", [](Form& f) { f.ShowPage(1); }, "OptA1", Refusal::kPageNotShown},
-      {"shown page", [](Form& f) { f.ShowPage(1); }, "Up", Refusal::kNone},
+      {"", "TxtA", Refusal::kNone},
+      {"", "HiddenBtn", Refusal::kHidden},
+      {"", "OffTxt", Refusal::kDisabled},
+      {"disable HiddenBtn", "HiddenBtn", Refusal::kHidden},  // hidden before disabled
+      {"disable PageA", "OffTxt", Refusal::kDisabled},       // own state before the container's
+      {"disable GroupA", "TxtA", Refusal::kDisabledContainer},
+      {"hide GroupA", "TxtA", Refusal::kHidden},
+      {"hide GroupA; disable GroupA", "TxtA", Refusal::kDisabledContainer},
+      {"hide GroupA; disable PageA", "TxtA", Refusal::kHidden},  // the nearest container first
+      {"", "TxtB", Refusal::kPageNotShown},
+      {"", "PageB", Refusal::kPageNotShown},
+      {"disable GroupA; page 1", "TxtA", Refusal::kDisabledContainer},
+      {"page 1", "OptA1", Refusal::kPageNotShown},  // deep on a page not shown
+      {"page 1", "Up", Refusal::kNone},
   };
   for (const Case& c : cases) {
-    Form fresh(kLayout, boxes);
-    c.setup(fresh);
-    EXPECT_EQ(fresh.Reach(fresh.Id(c.control)), c.expected) << c.what;
-    EXPECT_EQ(fresh.CanTakeFocus(fresh.Id(c.control)), c.expected == Refusal::kNone) << c.what;
+    Reset();
+    Run(c.setup);
+    const ControlId id = form->Id(c.control);
+    EXPECT_EQ(form->Reach(id), c.expected) << c.setup << ": " << c.control;
+    EXPECT_EQ(form->CanTakeFocus(id), c.expected == Refusal::kNone) << c.setup << ": " << c.control;
   }
-  EXPECT_FALSE(form.CanTakeFocus(id("Lbl")));
-  EXPECT_FALSE(form.CanTakeFocus(id("GroupA")));
+  EXPECT_FALSE(form->CanTakeFocus(form->Id("Lbl")));
+  EXPECT_FALSE(form->CanTakeFocus(form->Id("GroupA")));
 }
 
-TEST_F(FormTest, RefusedUserActionsPerformNothing) {
-  form.SetEnabled(id("GroupA"), false);
-  EXPECT_EQ(form.Click(id("OptA2")), Refusal::kDisabledContainer);
-  EXPECT_EQ(form.Type(id("TxtA"), "9"), Refusal::kDisabledContainer);
-  EXPECT_EQ(form.Paste(id("TxtA"), "9"), Refusal::kDisabledContainer);
-  EXPECT_EQ(form.Backspace(id("TxtA")), Refusal::kDisabledContainer);
-  EXPECT_EQ(form.Focus(id("TxtA")), Refusal::kDisabledContainer);
-  EXPECT_EQ(form.Click(id("HiddenBtn")), Refusal::kHidden);
-  EXPECT_EQ(form.UpClick(id("Up")), Refusal::kPageNotShown);
-  EXPECT_EQ(form.DownClick(id("Up")), Refusal::kPageNotShown);
-  form.SetListItem(id("Combo"), 0, "COM3");
-  form.SetEnabled(id("Combo"), false);
-  EXPECT_EQ(form.Choose(id("Combo"), "COM3"), Refusal::kDisabled);
-  EXPECT_TRUE(trace.empty());
-  EXPECT_EQ(form.focus(), kNoControl);
-  EXPECT_FALSE(form.at("OptA2").value);
-  EXPECT_EQ(form.at("TxtA").text, "12");
-  EXPECT_EQ(form.at("Combo").list_index, -1);
-
-  // The program's own assignments go through.
-  form.SetText(id("TxtA"), "7");
-  form.SetValue(id("OptA2"), true);
-  EXPECT_EQ(trace, (Trace{"TxtA.Change(7)", "OptA2.Click"}));
-}
-
-TEST_F(FormTest, ActionsThatDoNotFitTheKindAreRejected) {
-  form.SetListItem(id("Combo"), 0, "COM3");
-  EXPECT_THROW(form.Click(id("TxtA")), std::invalid_argument);
-  EXPECT_THROW(form.Click(id("Combo")), std::invalid_argument);
-  EXPECT_THROW(form.Type(id("Btn"), "1"), std::invalid_argument);
-  EXPECT_THROW(form.Paste(id("Combo"), "1"), std::invalid_argument);
-  EXPECT_THROW(form.Backspace(id("Lbl")), std::invalid_argument);
-  EXPECT_THROW(form.Choose(id("TxtA"), "COM3"), std::invalid_argument);
-  EXPECT_THROW(form.Choose(id("Combo"), "COM4"), std::invalid_argument);
-  EXPECT_THROW(form.Focus(id("Lbl")), std::invalid_argument);
-  EXPECT_THROW(form.Tick(id("Btn")), std::invalid_argument);
-  EXPECT_THROW(form.UpClick(id("Btn")), std::invalid_argument);
-  EXPECT_THROW(form.SetPicture(id("Lbl"), Picture::kRed), std::invalid_argument);
-  EXPECT_THROW(form.SetText(id("Img"), "x"), std::invalid_argument);
-  EXPECT_THROW(form.ShowPage(2), std::invalid_argument);
-  EXPECT_TRUE(trace.empty());
-}
-
-TEST_F(FormTest, AClickMovesTheFocusBeforeItClicks) {
-  form.Focus(id("TxtA"));
-  trace.clear();
-  EXPECT_EQ(form.Click(id("Btn")), Refusal::kNone);
-  EXPECT_EQ(trace, (Trace{"TxtA.LostFocus", "Btn.GotFocus", "Btn.Click"}));
-
-  trace.clear();
-  form.Click(id("Btn"));  // the focus stays: only the click
-  EXPECT_EQ(trace, Trace{"Btn.Click"});
-
-  trace.clear();
-  form.Click(id("OptA2"));
-  EXPECT_EQ(trace, (Trace{"Btn.LostFocus", "OptA2.GotFocus", "OptA2.Click"}));
-  EXPECT_FALSE(form.at("OptA1").value);
-
-  trace.clear();
-  form.Click(id("OptA1"));
-  form.Click(id("OptA1"));  // the selected option: the focus only, no Click
-  EXPECT_EQ(trace, (Trace{"OptA2.LostFocus", "OptA1.GotFocus", "OptA1.Click"}));
-}
-
-TEST_F(FormTest, FocusRunsLostFocusOfTheOldThenGotFocusOfTheNew) {
-  form.Focus(id("TxtA"));
-  form.Focus(id("TxtA"));
-  form.Focus(id("TxtFree"));
-  EXPECT_EQ(trace, (Trace{"TxtA.GotFocus", "TxtA.LostFocus", "TxtFree.GotFocus"}));
-  EXPECT_EQ(FocusName(), "TxtFree");
-
-  // A LostFocus handler that sees the focus already moved, and shows a box on the way.
+TEST_F(FormTest, ALostFocusHandlerSeesTheFocusMovedAndMayShowABox) {
   std::string seen;
+  Run("focus TxtFree");
   Record("TxtFree", Notification::kLostFocus, [&] {
-    seen = FocusName();
-    form.MsgBox("leaving", MsgBoxStyle::kPlain);
+    seen = State("");
+    form->MsgBox("leaving", MsgBoxStyle::kPlain);
   });
-  form.Focus(id("Btn"));
-  EXPECT_EQ(seen, "Btn");
+  Run("focus Btn");
+  EXPECT_EQ(seen, "@Btn");
   EXPECT_EQ(boxes.shown, std::vector<std::string>{"leaving"});
 }
 
-TEST_F(FormTest, ChooseFocusesTheBoxThenSelectsAndClicksEvenTheSelectedEntry) {
-  form.SetListItem(id("Combo"), 0, "COM3");
-  form.SetListItem(id("Combo"), 1, "COM4");
-  form.Focus(id("TxtA"));
-  trace.clear();
-  EXPECT_EQ(form.Choose(id("Combo"), "COM4"), Refusal::kNone);
-  EXPECT_EQ(trace, (Trace{"TxtA.LostFocus", "Combo.GotFocus", "Combo.Click"}));
-  EXPECT_EQ(form.at("Combo").list_index, 1);
-  trace.clear();
-  form.Choose(id("Combo"), "COM4");
-  EXPECT_EQ(trace, Trace{"Combo.Click"});
-}
-
-TEST_F(FormTest, TypingInsertsAtTheCaretReplacesTheSelectionAndKeepsTheLimit) {
-  struct Case {
-    std::string_view what;
-    std::string_view start;
-    int sel_start;
-    int sel_length;
-    std::string_view typed;
-    std::string_view text;
-    int caret;
-    int changes;
-  };
-  const Case cases[] = {
-      {"append", "", 0, 0, "123", "123", 3, 3},
-      {"insert at the caret", "14", 1, 0, "23", "1234", 3, 2},
-      {"replace the selection", "1234", 1, 2, "9", "194", 2, 1},
-      {"replace all", "1234", 0, 4, "56", "56", 2, 2},
-      {"limit drops keystrokes", "12", 2, 0, "3456", "1234", 4, 2},
-      {"over the limit after a replacement", "1234", 3, 1, "56", "1235", 4, 1},
-      {"same character over itself", "1234", 0, 1, "1", "1234", 1, 0},
-  };
-  for (const Case& c : cases) {
-    Form fresh(kLayout, boxes);
-    int changes = 0;
-    fresh.On("TxtA", Notification::kChange, [&] { ++changes; });
-    const ControlId box = fresh.Id("TxtA");
-    fresh.SetText(box, c.start);
-    changes = 0;
-    fresh.Focus(box);
-    fresh.SetSelStart(box, c.sel_start);
-    fresh.SetSelLength(box, c.sel_length);
-    EXPECT_EQ(fresh.Type(box, c.typed), Refusal::kNone);
-    EXPECT_EQ(fresh.at(box).text, c.text) << c.what;
-    EXPECT_EQ(fresh.at(box).sel_start, c.caret) << c.what;
-    EXPECT_EQ(fresh.at(box).sel_length, 0) << c.what;
-    EXPECT_EQ(changes, c.changes) << c.what;
-  }
-}
-
 TEST_F(FormTest, TypingFocusesTheBoxWhoseGotFocusMaySelectAll) {
-  const ControlId box = id("TxtA");
+  const ControlId box = form->Id("TxtA");
   Record("TxtA", Notification::kGotFocus, [&] {
-    form.SetSelStart(box, 0);
-    form.SetSelLength(box, static_cast<int>(form.at(box).text.size()));
+    form->SetSelStart(box, 0);
+    form->SetSelLength(box, static_cast<int>(form->at(box).text.size()));
   });
-  form.Type(box, "7");
-  EXPECT_EQ(form.at(box).text, "7");
-  EXPECT_EQ(trace, (Trace{"TxtA.GotFocus", "TxtA.Change(7)"}));
+  EXPECT_EQ(Run("type TxtA 7; ?TxtA"), "TxtA.GotFocus TxtA.Change(7) TxtA=7|");
 }
 
 TEST_F(FormTest, TypingGoesOnFromWhereAChangeHandlerLeftTheCaret) {
-  const ControlId box = id("TxtFree");
+  const ControlId box = form->Id("TxtFree");
   // A numeric guard: a bad keystroke empties the box, and typing goes on in the empty box.
   Record("TxtFree", Notification::kChange, [&] {
-    const std::string& text = form.at(box).text;
+    const std::string& text = form->at(box).text;
     if (text.find_first_not_of("0123456789") != std::string::npos || text.empty()) {
-      form.SetText(box, "");
+      form->SetText(box, "");
     }
   });
-  form.Type(box, "12a34");
-  EXPECT_EQ(form.at(box).text, "34");
-  EXPECT_EQ(form.at(box).sel_start, 2);
-  EXPECT_EQ(trace, (Trace{"TxtFree.GotFocus", "TxtFree.Change(1)", "TxtFree.Change(12)",
-                          "TxtFree.Change(12a)", "TxtFree.Change()", "TxtFree.Change(3)",
-                          "TxtFree.Change(34)"}));
+  EXPECT_EQ(Run("type TxtFree 12a34; ?TxtFree"),
+            "TxtFree.GotFocus TxtFree.Change(1) TxtFree.Change(12) TxtFree.Change(12a) "
+            "TxtFree.Change() TxtFree.Change(3) TxtFree.Change(34) TxtFree=34|");
 }
 
 TEST_F(FormTest, TypingStopsWhenAHandlerTakesTheBoxAway) {
-  const ControlId box = id("TxtFree");
-  Record("TxtFree", Notification::kChange, [&] { form.SetEnabled(box, false); });
-  form.Type(box, "123");
-  EXPECT_EQ(form.at(box).text, "1");
-}
-
-TEST_F(FormTest, PasteIsOneChangeCutToTheLimit) {
-  struct Case {
-    std::string_view start;
-    int sel_start;
-    int sel_length;
-    std::string_view pasted;
-    std::string_view text;
-    int caret;
-  };
-  const Case cases[] = {
-      {"", 0, 0, "-1.5e3", "-1.5", 4},    {"12", 1, 0, "345", "1342", 3},
-      {"1234", 1, 2, "abc", "1ab4", 3},   {"1234", 4, 0, "5", "1234", 4},
-      {"123456", 0, 0, "9", "123456", 0},  // over the limit already: nothing fits
-      {"1234", 0, 4, "", "", 0},
-  };
-  for (const Case& c : cases) {
-    Form fresh(kLayout, boxes);
-    std::vector<std::string> changes;
-    const ControlId box = fresh.Id("TxtA");
-    fresh.On("TxtA", Notification::kChange, [&] { changes.push_back(fresh.at(box).text); });
-    fresh.SetText(box, c.start);
-    changes.clear();
-    fresh.Focus(box);
-    fresh.SetSelStart(box, c.sel_start);
-    fresh.SetSelLength(box, c.sel_length);
-    fresh.Paste(box, c.pasted);
-    EXPECT_EQ(fresh.at(box).text, c.text) << c.pasted;
-    EXPECT_EQ(fresh.at(box).sel_start, c.caret) << c.pasted;
-    const std::vector<std::string> expected = c.text == c.start
-                                                  ? std::vector<std::string>{}
-                                                  : std::vector<std::string>{std::string(c.text)};
-    EXPECT_EQ(changes, expected) << c.pasted;
-  }
-  Form unlimited(kLayout, boxes);
-  unlimited.Paste(unlimited.Id("TxtFree"), "0000000255");
-  EXPECT_EQ(unlimited.at("TxtFree").text, "0000000255");
-}
-
-TEST_F(FormTest, BackspaceDeletesTheSelectionOrTheCharacterBeforeTheCaret) {
-  struct Case {
-    std::string_view start;
-    int sel_start;
-    int sel_length;
-    std::string_view text;
-    int caret;
-  };
-  const Case cases[] = {
-      {"1234", 4, 0, "123", 3},  {"1234", 2, 0, "134", 1}, {"1234", 1, 2, "14", 1},
-      {"1234", 0, 0, "1234", 0}, {"", 0, 0, "", 0},
-  };
-  for (const Case& c : cases) {
-    Form fresh(kLayout, boxes);
-    int changes = 0;
-    const ControlId box = fresh.Id("TxtA");
-    fresh.SetText(box, c.start);
-    fresh.On("TxtA", Notification::kChange, [&] { ++changes; });
-    fresh.Focus(box);
-    fresh.SetSelStart(box, c.sel_start);
-    fresh.SetSelLength(box, c.sel_length);
-    fresh.Backspace(box);
-    EXPECT_EQ(fresh.at(box).text, c.text) << c.start << " at " << c.sel_start;
-    EXPECT_EQ(fresh.at(box).sel_start, c.caret) << c.start << " at " << c.sel_start;
-    EXPECT_EQ(changes, c.text == c.start ? 0 : 1);
-  }
-}
-
-std::vector<std::string> WalkTabs(Form& form, int presses, bool backward = false) {
-  std::vector<std::string> names;
-  for (int i = 0; i < presses; ++i) {
-    if (backward) {
-      form.BackTab();
-    } else {
-      form.Tab();
-    }
-    names.push_back(form.focus() == kNoControl ? "" : form.at(form.focus()).name);
-  }
-  return names;
+  Record("TxtFree", Notification::kChange, [&] { form->SetEnabled(form->Id("TxtFree"), false); });
+  EXPECT_EQ(Run("type TxtFree 123; ?TxtFree"), "TxtFree.GotFocus TxtFree.Change(1) TxtFree=1|");
 }
 
 TEST_F(FormTest, TabWalksTheStopsOfTheShownPageInTabIndexOrder) {
   // OptA1 stands for group A (selected); group B has none selected, so its first in tab order,
   // OptB2, stands for it. Hidden, disabled, labels and frames are no stops.
-  EXPECT_EQ(WalkTabs(form, 8), (std::vector<std::string>{"Tabs", "TxtA", "OptA1", "OptB2", "Combo",
-                                                         "Btn", "TxtFree", "Tabs"}));
-  form.SetValue(id("OptB1"), true);
-  form.SetEnabled(id("GroupA"), false);
-  EXPECT_EQ(WalkTabs(form, 5),
-            (std::vector<std::string>{"OptB1", "Combo", "Btn", "TxtFree", "Tabs"}));
-  // Backward: the same stops the other way round, wrapping from the first to the last.
-  EXPECT_EQ(WalkTabs(form, 5, true),
-            (std::vector<std::string>{"TxtFree", "Btn", "Combo", "OptB1", "Tabs"}));
-  form.ShowPage(1);
-  EXPECT_EQ(WalkTabs(form, 3), (std::vector<std::string>{"TxtB", "Up", "Tabs"}));
-  Form fresh(kLayout, boxes);
-  fresh.BackTab();  // with no focus, to the last stop
-  EXPECT_EQ(fresh.at(fresh.focus()).name, "TxtFree");
-}
-
-TEST_F(FormTest, KeysActOnTheControlByItsKind) {
-  struct Case {
-    std::string_view control;
-    Key key;
-    std::string_view focus_after;
-    Trace trace;  // after the focus reached `control`
-  };
-  // Before each case: focus on Btn, OptA1 and OptB2 selected (OptB1 after OptB2 in tab
-  // order), Combo holding COM3 and COM4 with COM3 selected, TxtA "12" with the caret at 1.
-  const Case cases[] = {
-      // Option groups: arrows move to the neighbour in tab order, wrapping, and select it.
-      {"OptA1", Key::kDown, "OptA2", {"OptA1.LostFocus", "OptA2.GotFocus", "OptA2.Click"}},
-      {"OptA1", Key::kRight, "OptA2", {"OptA1.LostFocus", "OptA2.GotFocus", "OptA2.Click"}},
-      {"OptA1", Key::kUp, "OptA2", {"OptA1.LostFocus", "OptA2.GotFocus", "OptA2.Click"}},
-      {"OptB2", Key::kDown, "OptB1", {"OptB2.LostFocus", "OptB1.GotFocus", "OptB1.Click"}},
-      {"OptB1", Key::kLeft, "OptB2", {"OptB1.LostFocus", "OptB2.GotFocus"}},  // selected already
-      {"OptA1", Key::kSpace, "OptA1", {}},
-      {"OptA2", Key::kSpace, "OptA2", {"OptA2.Click"}},
-      {"OptA1", Key::kHome, "OptA1", {}},
-      // The list steps without wrapping; each choice is a Click.
-      {"Combo", Key::kDown, "Combo", {"Combo.Click"}},
-      {"Combo", Key::kUp, "Combo", {}},
-      {"Combo", Key::kEnd, "Combo", {"Combo.Click"}},
-      {"Combo", Key::kSpace, "Combo", {}},
-      // The tab control shows its pages; nothing is raised.
-      {"Tabs", Key::kRight, "Tabs", {}},
-      // Buttons and the up-down control.
-      {"Btn", Key::kSpace, "Btn", {"Btn.Click"}},
-      {"Btn", Key::kDown, "Btn", {}},
-      // A blank typed into a box.
-      {"TxtA", Key::kSpace, "TxtA", {"TxtA.Change(1 2)"}},
-      {"TxtA", Key::kLeft, "TxtA", {}},
-  };
-  for (const Case& c : cases) {
-    NoBoxes quiet;
-    Form fresh(kLayout, quiet);
-    Trace seen;
-    fresh.SetListItem(fresh.Id("Combo"), 0, "COM3");
-    fresh.SetListItem(fresh.Id("Combo"), 1, "COM4");
-    fresh.SetText(fresh.Id("Combo"), "COM3");
-    fresh.SetValue(fresh.Id("OptB2"), true);
-    fresh.Focus(fresh.Id("Btn"));
-    fresh.SetSelStart(fresh.Id("TxtA"), 1);
-    if (c.control != "Btn") fresh.Focus(fresh.Id(c.control));
-    for (ControlId id = 0; id < fresh.size(); ++id) {
-      for (int n = 0; n <= static_cast<int>(Notification::kDownClick); ++n) {
-        const std::string name = fresh.at(id).name;
-        const auto notification = static_cast<Notification>(n);
-        fresh.On(name, notification, [&, name, notification] {
-          std::string entry = name + "." + EventName(notification);
-          if (notification == Notification::kChange) entry += "(" + fresh.at(name).text + ")";
-          seen.push_back(entry);
-        });
-      }
+  const auto walk = [&](std::string_view move, int presses) {
+    std::string steps;
+    for (int i = 0; i < presses; ++i) steps += std::string(move) + "; ?; ";
+    std::string stops;
+    std::istringstream words(Run(steps));
+    for (std::string word; words >> word;) {
+      if (word.starts_with('@')) stops += (stops.empty() ? "" : " ") + word.substr(1);
     }
-    EXPECT_EQ(fresh.Press(fresh.Id(c.control), c.key), Refusal::kNone) << c.control;
-    EXPECT_EQ(fresh.at(fresh.focus()).name, c.focus_after) << c.control;
-    EXPECT_EQ(seen, c.trace) << c.control << " key " << static_cast<int>(c.key);
-  }
-}
-
-TEST_F(FormTest, KeysMoveTheCaretStepTheListAndThePagesWithinTheirEnds) {
-  form.SetListItem(id("Combo"), 0, "COM3");
-  form.SetListItem(id("Combo"), 1, "COM4");
-  form.Press(id("Combo"), Key::kUp);  // none selected: the first entry
-  EXPECT_EQ(form.at("Combo").list_index, 0);
-  form.Press(id("Combo"), Key::kRight);
-  form.Press(id("Combo"), Key::kDown);  // at the end it stays
-  EXPECT_EQ(form.at("Combo").text, "COM4");
-  form.Press(id("Combo"), Key::kHome);
-  EXPECT_EQ(form.at("Combo").list_index, 0);
-
-  const ControlId box = id("TxtA");  // "12"
-  form.Press(box, Key::kEnd);
-  EXPECT_EQ(form.at(box).sel_start, 2);
-  form.Press(box, Key::kRight);
-  EXPECT_EQ(form.at(box).sel_start, 2);
-  form.Press(box, Key::kUp);
-  EXPECT_EQ(form.at(box).sel_start, 1);
-  form.SetSelStart(box, 0);
-  form.SetSelLength(box, 2);
-  form.Press(box, Key::kDown);  // a selection collapses to its end
-  EXPECT_EQ(form.at(box).sel_start, 2);
-  EXPECT_EQ(form.at(box).sel_length, 0);
-  EXPECT_EQ(form.at(box).text, "12");
-
-  form.Press(id("Tabs"), Key::kEnd);
-  EXPECT_EQ(form.page(), 1);
-  form.Press(id("Tabs"), Key::kDown);
-  EXPECT_EQ(form.page(), 1);
-  trace.clear();
-  form.Press(id("Up"), Key::kUp);
-  form.Press(id("Up"), Key::kDown);
-  EXPECT_EQ(trace, (Trace{"Tabs.LostFocus", "Up.GotFocus", "Up.UpClick", "Up.DownClick"}));
-
-  // A disabled option is stepped over; an unreachable control is refused.
-  form.ShowPage(0);
-  form.SetEnabled(id("OptA2"), false);
-  form.Press(id("OptA1"), Key::kDown);
-  EXPECT_EQ(FocusName(), "OptA1");
-  EXPECT_EQ(form.Press(id("OptA2"), Key::kSpace), Refusal::kDisabled);
-  EXPECT_THROW(form.Press(id("Lbl"), Key::kSpace), std::invalid_argument);
-}
-
-TEST_F(FormTest, TabFromAControlThatIsNoStopGoesToTheNextStop) {
-  form.Click(id("OptA2"));  // selected now, so the group's stop
-  form.Focus(id("OptA1"));  // a user may still reach the other option
-  trace.clear();
-  form.Tab();
-  EXPECT_EQ(FocusName(), "OptA2");
-  EXPECT_EQ(trace, (Trace{"OptA1.LostFocus", "OptA2.GotFocus"}));
-}
-
-TEST_F(FormTest, ShowPageMovesTheFocusToTheTabControl) {
-  form.Focus(id("TxtA"));
-  trace.clear();
-  int observed_tabs = 0;
-  form.SetObserver([&](ControlId changed) { observed_tabs += changed == id("Tabs"); });
-  form.ShowPage(1);
-  EXPECT_EQ(form.page(), 1);
-  EXPECT_EQ(FocusName(), "Tabs");
-  EXPECT_EQ(trace, (Trace{"TxtA.LostFocus", "Tabs.GotFocus"}));
-  EXPECT_GE(observed_tabs, 2);  // the focus and the page
-  EXPECT_EQ(form.Reach(id("TxtA")), Refusal::kPageNotShown);
-  trace.clear();
-  form.ShowPage(1);
-  EXPECT_TRUE(trace.empty());
+    return stops;
+  };
+  EXPECT_EQ(walk("tab", 8), "Tabs TxtA OptA1 OptB2 Combo Btn TxtFree Tabs");
+  Run("select OptB1; disable GroupA");
+  EXPECT_EQ(walk("tab", 5), "OptB1 Combo Btn TxtFree Tabs");
+  // Backward: the same stops the other way round, wrapping from the first to the last.
+  EXPECT_EQ(walk("backtab", 5), "TxtFree Btn Combo OptB1 Tabs");
+  Run("page 1");
+  EXPECT_EQ(walk("tab", 3), "TxtB Up Tabs");
+  Reset();
+  EXPECT_EQ(walk("backtab", 1), "TxtFree");  // with no focus, to the last stop
 }
 
 TEST_F(FormTest, StartRaisesLoadThenFocusesTheFirstStop) {
-  form.SetEnabled(id("Tabs"), false);
-  Record("TestForm", Notification::kLoad, [&] { form.SetEnabled(id("Tabs"), true); });
-  form.Start();
-  EXPECT_EQ(trace, (Trace{"TestForm.Load", "Tabs.GotFocus"}));
-  EXPECT_FALSE(form.unloaded());
+  form->SetEnabled(form->Id("Tabs"), false);
+  Record("TestForm", Notification::kLoad, [&] { form->SetEnabled(form->Id("Tabs"), true); });
+  form->Start();
+  EXPECT_EQ(Run("?"), "@Tabs");
+  EXPECT_FALSE(form->unloaded());
 }
 
 TEST_F(FormTest, UnloadEndsTheProgramFromInsideAnyHandler) {
-  Record("TestForm", Notification::kLoad, [&] { form.Unload(); });
-  EXPECT_THROW(form.Start(), ProgramEnded);
-  EXPECT_TRUE(form.unloaded());
-  EXPECT_EQ(trace, Trace{"TestForm.Load"});  // no focus: the form was never shown
+  Record("TestForm", Notification::kLoad, [&] { form->Unload(); });
+  EXPECT_THROW(form->Start(), ProgramEnded);
+  EXPECT_TRUE(form->unloaded());
+  EXPECT_EQ(Run("?"), "@");  // no focus: the form was never shown
 
-  Form other(kLayout, boxes);
-  bool after = false;
-  other.On("Btn", Notification::kClick, [&] {
-    other.Unload();
-    after = true;
+  Reset();
+  Record("Btn", Notification::kClick, [&] {
+    form->Unload();
+    trace.push_back("after");
   });
-  EXPECT_THROW(other.Click(other.Id("Btn")), ProgramEnded);
-  EXPECT_FALSE(after);
-  Form closed(kLayout, boxes);
-  EXPECT_THROW(closed.Close(), ProgramEnded);
-  EXPECT_TRUE(closed.unloaded());
-}
-
-TEST_F(FormTest, TimersTickOnlyWhenEnabledWithAnInterval) {
-  form.Tick(id("Clock"));  // ticks whichever page is shown
-  form.Tick(id("Still"));
-  form.SetEnabled(id("Clock"), false);
-  form.Tick(id("Clock"));
-  EXPECT_EQ(trace, Trace{"Clock.Timer"});
-}
-
-TEST_F(FormTest, UpDownArrowsRaiseTheirNotificationsWithoutMovingTheFocus) {
-  form.ShowPage(1);
-  trace.clear();
-  EXPECT_EQ(form.UpClick(id("Up")), Refusal::kNone);
-  EXPECT_EQ(form.DownClick(id("Up")), Refusal::kNone);
-  EXPECT_EQ(trace, (Trace{"Up.UpClick", "Up.DownClick"}));
-  EXPECT_EQ(FocusName(), "Tabs");
+  EXPECT_EQ(Run("click Btn"), "Btn.GotFocus Btn.Click !unloaded");
 }
 
 TEST_F(FormTest, TheObserverHearsEveryPropertyChange) {
   std::vector<std::string> seen;
-  form.SetObserver([&](ControlId changed) { seen.push_back(form.at(changed).name); });
-  form.SetText(id("TxtA"), "9");
-  form.SetText(id("TxtA"), "9");  // nothing changed
-  form.SetEnabled(id("Btn"), false);
-  form.SetEnabled(id("Btn"), false);
-  form.SetVisible(id("Lbl"), false);
-  form.SetPicture(id("Img"), Picture::kRed);
-  form.SetListItem(id("Combo"), 0, "COM3");
-  form.SetText(id("Combo"), "COM3");
-  form.SetValue(id("OptA2"), true);
-  form.SetSelStart(id("TxtA"), 1);
-  form.SetSelLength(id("TxtA"), 0);  // already so
-  form.Focus(id("TxtFree"));
-  form.Type(id("TxtFree"), "a");
+  form->SetObserver([&](ControlId changed) { seen.push_back(form->at(changed).name); });
+  Run("set TxtA 9; set TxtA 9; disable Btn; disable Btn; hide Lbl; picture Img; item Combo COM3; "
+      "set Combo COM3; select OptA2; selstart TxtA 1; sellength TxtA 0; focus TxtFree; "
+      "type TxtFree a; page 1");
   EXPECT_EQ(seen, (std::vector<std::string>{"TxtA", "Btn", "Lbl", "Img", "Combo", "Combo", "OptA1",
-                                            "OptA2", "TxtA", "TxtFree", "TxtFree"}));
+                                            "OptA2", "TxtA", "TxtFree", "TxtFree", "TxtFree",
+                                            "Tabs", "Tabs"}));
 }
 
 }  // namespace

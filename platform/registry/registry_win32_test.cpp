@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/registry/registry.h"
+#include "platform/registry/test_registry.h"
 #include "platform/registry/win32_registry.h"
 
 namespace ketra::registry {
@@ -29,24 +30,10 @@ class Win32RegistryTest : public ::testing::Test {
   // The system checks access: a handle created for writing only cannot be read, so these take
   // both.
   HKey Create(std::string_view path, std::uint32_t* disposition = nullptr) {
-    HKey key = 0;
-    EXPECT_EQ(
-        reg_->CreateKeyEx(kHKeyLocalMachine, path, 0, kKeyRead | kKeyWrite, &key, disposition),
-        kErrorSuccess)
-        << path;
-    return key;
+    return CreateKey(*reg_, path, kKeyRead | kKeyWrite, disposition);
   }
   void Set(HKey key, std::string_view name, std::uint32_t type, std::string_view data) {
-    EXPECT_EQ(reg_->SetValueEx(key, name, type, reinterpret_cast<const std::uint8_t*>(data.data()),
-                               static_cast<std::uint32_t>(data.size())),
-              kErrorSuccess);
-  }
-  template <typename Enum>
-  std::vector<std::string> Names(Enum next) {
-    std::vector<std::string> names;
-    std::string name;
-    for (std::uint32_t i = 0; next(i, &name) == kErrorSuccess; ++i) names.push_back(name);
-    return names;
+    SetValue(*reg_, key, name, type, data);
   }
 
   std::string root_;
@@ -144,8 +131,7 @@ TEST_F(Win32RegistryTest, WalkingAndDeleting) {
   HKey vsp = Create("Software\\Tessaron\\VSP");
   for (std::string_view name : {"com4", "COM3", "Com10"})
     reg_->CloseKey(Create(std::string("Software\\Tessaron\\VSP\\") + std::string(name)));
-  EXPECT_EQ(Names([&](std::uint32_t i, std::string* n) { return reg_->EnumKey(vsp, i, n); }),
-            (std::vector<std::string>{"Com10", "COM3", "com4"}));
+  EXPECT_EQ(SubkeyNames(*reg_, vsp), (std::vector<std::string>{"Com10", "COM3", "com4"}));
 
   Set(vsp, "PORTNAME", kRegNone, std::string("COM3\0", 5));
   Set(vsp, "ENABLED", kRegNone, std::string("49\0", 3));
@@ -159,8 +145,7 @@ TEST_F(Win32RegistryTest, WalkingAndDeleting) {
   EXPECT_EQ(reg_->DeleteValue(vsp, "enabled"), kErrorSuccess);
   EXPECT_EQ(reg_->DeleteValue(vsp, "ENABLED"), kErrorFileNotFound);
   EXPECT_EQ(reg_->DeleteTree(kHKeyLocalMachine, "Software\\Tessaron\\VSP\\COM3"), kErrorSuccess);
-  EXPECT_EQ(Names([&](std::uint32_t i, std::string* n) { return reg_->EnumKey(vsp, i, n); }),
-            (std::vector<std::string>{"Com10", "com4"}));
+  EXPECT_EQ(SubkeyNames(*reg_, vsp), (std::vector<std::string>{"Com10", "com4"}));
   EXPECT_EQ(reg_->DeleteTree(kHKeyLocalMachine, "Software\\Tessaron"), kErrorSuccess);
   HKey gone = 0;
   EXPECT_EQ(reg_->OpenKey(kHKeyLocalMachine, "Software\\Tessaron", &gone), kErrorFileNotFound);

@@ -16,35 +16,13 @@
 
 #include "platform/registry/sqlite_hive.h"
 #include "platform/registry/test_hive_dir.h"
+#include "platform/registry/test_killed_writer.h"
+#include "platform/registry/test_registry.h"
 
 namespace ketra::registry {
 namespace {
 
 namespace fs = std::filesystem;
-
-Status SetText(Registry& reg, std::string_view path, std::string_view name, std::string text) {
-  HKey key = 0;
-  Status status = reg.CreateKeyEx(kHKeyLocalMachine, path, 0, kKeyWrite, &key, nullptr);
-  if (status != kErrorSuccess) return status;
-  text.push_back('\0');
-  status = reg.SetValueEx(key, name, kRegNone, reinterpret_cast<const std::uint8_t*>(text.data()),
-                          static_cast<std::uint32_t>(text.size()));
-  reg.CloseKey(key);
-  return status;
-}
-
-// The text of a value, or the failing status as "#N".
-std::string GetText(Registry& reg, std::string_view path, std::string_view name) {
-  HKey key = 0;
-  Status status = reg.OpenKeyEx(kHKeyLocalMachine, path, 0, kKeyRead, &key);
-  if (status != kErrorSuccess) return "#" + std::to_string(status);
-  std::uint8_t buffer[255];
-  std::uint32_t length = sizeof buffer;
-  status = reg.QueryValueEx(key, name, nullptr, buffer, &length);
-  reg.CloseKey(key);
-  if (status != kErrorSuccess) return "#" + std::to_string(status);
-  return std::string(reinterpret_cast<char*>(buffer), length > 0 ? length - 1 : 0);
-}
 
 std::string ReadFile(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
@@ -57,57 +35,22 @@ class SqliteHiveTest : public ::testing::Test {
   TestHiveDir dir_;
 };
 
-TEST_F(SqliteHiveTest, WritesLastAcrossInstancesWithOrderAndCase) {
-  {
-    auto reg = OpenSqliteHive(Hive());
-    ASSERT_EQ(SetText(*reg, "Software\\Tessaron\\VSP\\COM3", "PortName", "COM3"), kErrorSuccess);
-    ASSERT_EQ(SetText(*reg, "Software\\Tessaron\\VSP\\COM3", "Enabled", "49"), kErrorSuccess);
-    ASSERT_EQ(SetText(*reg, "SOFTWARE\\TESSARON\\VSP\\COM3", "PORTNAME", "COM9"), kErrorSuccess);
-  }
-  auto reg = OpenSqliteHive(Hive());
-  EXPECT_EQ(GetText(*reg, "software\\tessaron\\vsp\\com3", "portname"), "COM9");
-  HKey key = 0;
-  ASSERT_EQ(reg->OpenKey(kHKeyLocalMachine, "Software\\Tessaron\\VSP\\COM3", &key), kErrorSuccess);
-  std::string name;
-  ASSERT_EQ(reg->EnumValue(key, 0, &name, nullptr, nullptr), kErrorSuccess);
-  EXPECT_EQ(name, "PortName");
-  ASSERT_EQ(reg->EnumValue(key, 1, &name, nullptr, nullptr), kErrorSuccess);
-  EXPECT_EQ(name, "Enabled");
-  HKey vsp = 0;
-  ASSERT_EQ(reg->OpenKey(kHKeyLocalMachine, "Software\\Tessaron\\VSP", &vsp), kErrorSuccess);
-  ASSERT_EQ(reg->EnumKey(vsp, 0, &name), kErrorSuccess);
-  EXPECT_EQ(name, "COM3");
-}
-
-TEST_F(SqliteHiveTest, TheFileIsAnSqliteDatabaseInWalMode) {
-  auto reg = OpenSqliteHive(Hive());
-  ASSERT_EQ(SetText(*reg, "Software", "A", "1"), kErrorSuccess);
-  sqlite3* db = nullptr;
-  ASSERT_EQ(sqlite3_open_v2(Hive().c_str(), &db, SQLITE_OPEN_READONLY, nullptr), SQLITE_OK);
-  std::string mode;
-  sqlite3_exec(
-      db, "PRAGMA journal_mode",
-      [](void* out, int, char** values, char**) {
-        *static_cast<std::string*>(out) = values[0];
-        return 0;
-      },
-      &mode, nullptr);
-  sqlite3_close(db);
-  EXPECT_EQ(mode, "wal");
-}
-
 TEST_F(SqliteHiveTest, TwoInstancesSeeEachOthersWrites) {
+  const char* map_path = "HARDWARE\\DEVICEMAP\\SERIALCOMM";
   auto panel = OpenSqliteHive(Hive());
   auto daemon = OpenSqliteHive(Hive());
-  ASSERT_EQ(SetText(*daemon, "HARDWARE\\DEVICEMAP\\SERIALCOMM", "\\Device\\TesSerial0", "COM5"),
-            kErrorSuccess);
-  EXPECT_EQ(GetText(*panel, "HARDWARE\\DEVICEMAP\\SERIALCOMM", "\\Device\\TesSerial0"), "COM5");
-  ASSERT_EQ(SetText(*panel, "HARDWARE\\DEVICEMAP\\SERIALCOMM", "\\Device\\TesSerial0", "COM6"),
-            kErrorSuccess);
-  ASSERT_EQ(SetText(*daemon, "HARDWARE\\DEVICEMAP\\SERIALCOMM", "\\Device\\TesSerial1", "COM7"),
-            kErrorSuccess);
-  EXPECT_EQ(GetText(*daemon, "HARDWARE\\DEVICEMAP\\SERIALCOMM", "\\Device\\TesSerial0"), "COM6");
-  EXPECT_EQ(GetText(*panel, "HARDWARE\\DEVICEMAP\\SERIALCOMM", "\\Device\\TesSerial1"), "COM7");
+  ASSERT_EQ(SetText(*daemon, map_path, "\\Device\\TesSerial0", "COM5"), kErrorSuccess);
+  EXPECT_EQ(GetText(*panel, map_path, "\\Device\\TesSerial0"), "COM5");
+  ASSERT_EQ(SetText(*panel, map_path, "\\DEVICE\\TESSERIAL0", "COM6"), kErrorSuccess);
+  ASSERT_EQ(SetText(*daemon, map_path, "\\Device\\TesSerial1", "COM7"), kErrorSuccess);
+  EXPECT_EQ(GetText(*daemon, map_path, "\\Device\\TesSerial0"), "COM6");
+  EXPECT_EQ(GetText(*panel, map_path, "\\Device\\TesSerial1"), "COM7");
+  // The file, not only an instance's memory, keeps the names' first case and their order.
+  auto third = OpenSqliteHive(Hive());
+  HKey key = 0;
+  ASSERT_EQ(third->OpenKey(kHKeyLocalMachine, map_path, &key), kErrorSuccess);
+  EXPECT_EQ(ValueNames(*third, key),
+            (std::vector<std::string>{"\\Device\\TesSerial0", "\\Device\\TesSerial1"}));
 
   // A key that the other instance deletes under an open handle: uses fail, nothing breaks.
   HKey map = 0;
@@ -223,11 +166,20 @@ TEST_F(SqliteHiveTest, AFileThatIsNoHiveFailsEveryCallAndStaysAsItWas) {
     std::string contents;
   };
   std::string garbage(8192, '\x5A');
+  sqlite3* db = nullptr;  // someone else's database
+  ASSERT_EQ(sqlite3_open(Hive().c_str(), &db), SQLITE_OK);
+  ASSERT_EQ(
+      sqlite3_exec(db, "CREATE TABLE t(x); INSERT INTO t VALUES (1)", nullptr, nullptr, nullptr),
+      SQLITE_OK);
+  sqlite3_close(db);
+  const std::string foreign = ReadFile(Hive());
   std::string cut_header = "SQLite format 3";
   cut_header.push_back('\0');
   cut_header += std::string(200, '\xFF');
-  const BadFile files[] = {
-      {"text", "tessaronconfigfile\r\n1\r\n"}, {"garbage", garbage}, {"broken header", cut_header}};
+  const BadFile files[] = {{"text", "tessaronconfigfile\r\n1\r\n"},
+                           {"garbage", garbage},
+                           {"broken header", cut_header},
+                           {"someone else's", foreign}};
   for (const auto& file : files) {
     SCOPED_TRACE(file.what);
     std::ofstream(Hive(), std::ios::binary | std::ios::trunc) << file.contents;
@@ -241,20 +193,6 @@ TEST_F(SqliteHiveTest, AFileThatIsNoHiveFailsEveryCallAndStaysAsItWas) {
     EXPECT_NE(reg->SetValueEx(kHKeyLocalMachine, "A", 0, nullptr, 0), kErrorSuccess);
     EXPECT_EQ(ReadFile(Hive()), file.contents);
   }
-}
-
-TEST_F(SqliteHiveTest, SomeoneElsesDatabaseIsNoHive) {
-  sqlite3* db = nullptr;
-  ASSERT_EQ(sqlite3_open(Hive().c_str(), &db), SQLITE_OK);
-  ASSERT_EQ(
-      sqlite3_exec(db, "CREATE TABLE t(x); INSERT INTO t VALUES (1)", nullptr, nullptr, nullptr),
-      SQLITE_OK);
-  sqlite3_close(db);
-  auto reg = OpenSqliteHive(Hive());
-  HKey key = 0;
-  EXPECT_EQ(reg->CreateKeyEx(kHKeyLocalMachine, "Software", 0, kKeyWrite, &key, nullptr),
-            kErrorBadDb);
-  EXPECT_EQ(reg->OpenKey(kHKeyLocalMachine, "Software", &key), kErrorBadDb);
 }
 
 TEST_F(SqliteHiveTest, ADirectoryThatCannotBeMadeFailsTheCreate) {
@@ -327,42 +265,23 @@ TEST_F(SqliteHiveTest, AReadOnlyFileRefusesCreatesAndWrites) {
 }
 
 TEST_F(SqliteHiveTest, EveryCompletedWriteSurvivesKill9) {
-  int fds[2];
-  ASSERT_EQ(pipe(fds), 0);
   const std::string hive = Hive();
-  pid_t pid = fork();
-  if (pid == 0) {
-    close(fds[0]);
+  auto key_of = [](int i) { return "Software\\Tessaron\\VSP\\COM" + std::to_string(i % 50); };
+  const KilledWriter writer = KillWriterMidway(300, {}, [&](const auto& report) {
     auto reg = OpenSqliteHive(hive);
     for (int i = 0;; ++i) {
-      const std::string key = "Software\\Tessaron\\VSP\\COM" + std::to_string(i % 50);
-      if (SetText(*reg, key, "V" + std::to_string(i), std::to_string(i * 7)) != kErrorSuccess) {
-        _exit(1);
-      }
-      // Reported only once the call has returned.
-      if (write(fds[1], &i, sizeof i) != sizeof i) _exit(2);
+      if (SetText(*reg, key_of(i), "V" + std::to_string(i), std::to_string(i * 7)) != 0) _exit(1);
+      report(i);
     }
-  }
-  close(fds[1]);
-  int reported = -1;
-  int value = 0;
-  while (reported < 300 && read(fds[0], &value, sizeof value) == sizeof value) reported = value;
-  kill(pid, SIGKILL);
-  int status = 0;
-  waitpid(pid, &status, 0);
-  EXPECT_TRUE(WIFSIGNALED(status));
-  // Drain what the child reported before it died.
-  while (read(fds[0], &value, sizeof value) == sizeof value) reported = value;
-  close(fds[0]);
-  ASSERT_GE(reported, 300);
-
+  });
+  EXPECT_TRUE(writer.killed);
+  ASSERT_GE(writer.last, 300);
   auto reg = OpenSqliteHive(hive);
   int missing = 0;
-  for (int i = 0; i <= reported; ++i) {
-    const std::string key = "Software\\Tessaron\\VSP\\COM" + std::to_string(i % 50);
-    if (GetText(*reg, key, "V" + std::to_string(i)) != std::to_string(i * 7)) ++missing;
+  for (int i = 0; i <= writer.last; ++i) {
+    if (GetText(*reg, key_of(i), "V" + std::to_string(i)) != std::to_string(i * 7)) ++missing;
   }
-  EXPECT_EQ(missing, 0) << "of " << reported + 1;
+  EXPECT_EQ(missing, 0) << "of " << writer.last + 1;
   EXPECT_EQ(SetText(*reg, "Software", "After", "1"), kErrorSuccess);
 }
 

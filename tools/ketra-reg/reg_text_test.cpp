@@ -11,6 +11,7 @@
 #include "platform/registry/memory_registry.h"
 #include "platform/registry/sqlite_hive.h"
 #include "platform/registry/test_hive_dir.h"
+#include "platform/registry/test_registry.h"
 
 namespace ketra::regtext {
 namespace {
@@ -18,18 +19,8 @@ namespace {
 using registry::HKey;
 using registry::kErrorSuccess;
 using registry::kHKeyLocalMachine;
+using registry::PutValue;
 using registry::Registry;
-
-void Put(Registry& reg, std::string_view path, std::string_view name, std::uint32_t type,
-         std::string_view data) {
-  HKey key = 0;
-  ASSERT_EQ(reg.CreateKeyEx(kHKeyLocalMachine, path, 0, registry::kKeyWrite, &key, nullptr),
-            kErrorSuccess);
-  ASSERT_EQ(reg.SetValueEx(key, name, type, reinterpret_cast<const std::uint8_t*>(data.data()),
-                           static_cast<std::uint32_t>(data.size())),
-            kErrorSuccess);
-  reg.CloseKey(key);
-}
 
 std::string Export(Registry& reg, std::string_view key = "") {
   std::string text;
@@ -45,15 +36,15 @@ void Import(Registry& reg, std::string_view text) {
   ASSERT_EQ(ApplyChanges(reg, changes, &message), kErrorSuccess) << message;
 }
 
-TEST(RegTextTest, ExportsTheStoredSettingsForm) {
+// The session scripts check the export of the settings keys; here the forms they do not meet.
+TEST(RegTextTest, ExportsEveryKeyAndTheOddNamesAndTypes) {
   auto reg = registry::MakeMemoryRegistry();
-  Put(*reg, "Software\\Tessaron\\VSP\\COM3", "PORTNAME", 0, std::string("COM3\0", 5));
-  Put(*reg, "Software\\Tessaron\\VSP\\COM3", "REMOTEIP", 0, std::string("587311296\0", 10));
-  Put(*reg, "Software\\Tessaron\\VSP\\com10", "ENABLED", 0, std::string("49\0", 3));
-  Put(*reg, "HARDWARE\\DEVICEMAP\\SERIALCOMM", "\\Device\\TesSerial0", 1, std::string("COM3\0", 5));
-  Put(*reg, "HARDWARE\\DEVICEMAP\\SERIALCOMM", "Say \"hi\"", 1, std::string("a\\b\xE9\0", 5));
-  Put(*reg, "HARDWARE\\DEVICEMAP\\SERIALCOMM", "", 4, std::string("\x01\0\0\0", 4));
-  Put(*reg, "HARDWARE\\DEVICEMAP\\SERIALCOMM", "empty", 0, "");
+  PutValue(*reg, "Software\\Tessaron\\VSP\\com10", "ENABLED", 0, std::string("49\0", 3));
+  PutValue(*reg, "HARDWARE\\DEVICEMAP\\SERIALCOMM", "\\Device\\TesSerial0", 1,
+           std::string("COM3\0", 5));
+  PutValue(*reg, "HARDWARE\\DEVICEMAP\\SERIALCOMM", "Say \"hi\"", 1, std::string("a\\b\xE9\0", 5));
+  PutValue(*reg, "HARDWARE\\DEVICEMAP\\SERIALCOMM", "", 4, std::string("\x01\0\0\0", 4));
+  PutValue(*reg, "HARDWARE\\DEVICEMAP\\SERIALCOMM", "empty", 0, "");
   EXPECT_EQ(Export(*reg),
             "REGEDIT4\n"
             "\n"
@@ -76,11 +67,7 @@ TEST(RegTextTest, ExportsTheStoredSettingsForm) {
             "[HKEY_LOCAL_MACHINE\\Software\\Tessaron\\VSP]\n"
             "\n"
             "[HKEY_LOCAL_MACHINE\\Software\\Tessaron\\VSP\\com10]\n"
-            "\"ENABLED\"=hex(0):34,39,00\n"
-            "\n"
-            "[HKEY_LOCAL_MACHINE\\Software\\Tessaron\\VSP\\COM3]\n"
-            "\"PORTNAME\"=hex(0):43,4f,4d,33,00\n"
-            "\"REMOTEIP\"=hex(0):35,38,37,33,31,31,32,39,36,00\n");
+            "\"ENABLED\"=hex(0):34,39,00\n");
   // One key, named in any case, is shown in the case it was made in.
   EXPECT_EQ(Export(*reg, "hklm\\software\\TESSARON\\vsp\\com10"),
             "REGEDIT4\n\n[HKEY_LOCAL_MACHINE\\Software\\Tessaron\\VSP\\com10]\n"
@@ -103,7 +90,7 @@ TEST(RegTextTest, OnlyATextWithOneClosingNulIsWrittenAsText) {
   };
   for (const auto& [data, form] : cases) {
     auto reg = registry::MakeMemoryRegistry();
-    Put(*reg, "K", "v", registry::kRegSz, data);
+    PutValue(*reg, "K", "v", registry::kRegSz, data);
     EXPECT_EQ(Export(*reg, "HKLM\\K"), "REGEDIT4\n\n[HKEY_LOCAL_MACHINE\\K]\n\"v\"=" + form + "\n");
   }
 }
@@ -167,11 +154,12 @@ TEST(RegTextTest, KeysCommentsLineEndsAndContinuations) {
       "lines\"\r\n"
       "[-HKLM\\Software\\Old]\n"
       "  [hklm]  \n"
+      "[hkey_local_machine\\\xC3\x84nderung]\n"
       "\"after\"=dword:2";
   std::vector<RegChange> changes;
   ParseError error;
   ASSERT_TRUE(ParseText(file, &changes, &error)) << error.line << ": " << error.message;
-  ASSERT_EQ(changes.size(), 6u);
+  ASSERT_EQ(changes.size(), 7u);
   EXPECT_EQ(changes[0].kind, RegChange::Kind::kOpenKey);
   EXPECT_EQ(changes[0].key, "Software\\Tessaron");
   EXPECT_EQ(changes[0].line, 4);
@@ -185,7 +173,8 @@ TEST(RegTextTest, KeysCommentsLineEndsAndContinuations) {
   EXPECT_EQ(changes[3].line, 9);
   EXPECT_EQ(changes[4].kind, RegChange::Kind::kOpenKey);
   EXPECT_EQ(changes[4].key, "");
-  EXPECT_EQ(changes[5].line, 11);
+  EXPECT_EQ(changes[5].key, "\xC4nderung");  // UTF-8 in the file, Windows-1252 in the hive
+  EXPECT_EQ(changes[6].line, 12);
 }
 
 TEST(RegTextTest, MalformedLinesAreReportedWithTheirNumber) {
@@ -214,6 +203,9 @@ TEST(RegTextTest, MalformedLinesAreReportedWithTheirNumber) {
       {"REGEDIT4\n[HKLM\\\\K]\n", 2},
       {"REGEDIT4\n[HKLM\\K\\]\n", 2},
       {"REGEDIT4\n[HKLMX\\K]\n", 2},
+      {"REGEDIT4\n[HKLM\\]\n", 2},
+      {"REGEDIT4\n[\\HKLM\\K]\n", 2},
+      {"REGEDIT4\n[HKCU\\K]\n", 2},
       {"REGEDIT4\n[-HKLM\\K]\n\"A\"=\"x\"\n", 3},  // value after a deleted key
       {"REGEDIT4\n[HKLM\\K]\njunk\n", 3},
   };
@@ -242,17 +234,17 @@ TEST(RegTextTest, ImportAppliesDeletions) {
 // A hive with every odd kind of value; export, import into an empty hive and export again must
 // give the same text.
 void FillOddHive(Registry& reg) {
-  Put(reg, "Software\\Tessaron\\VSP\\COM3", "PORTNAME", 0, std::string("COM3\0", 5));
-  Put(reg, "Software\\Odd", "nul inside", 0, std::string("a\0b\0", 4));
-  Put(reg, "Software\\Odd", "empty", 0, "");
-  Put(reg, "Software\\Odd", "empty text", 1, std::string("\0", 1));
-  Put(reg, "Software\\Odd", "binary", 3, "\x00\x01\xFE\xFF");
-  Put(reg, "Software\\Odd", "long", 0, std::string(300, 'L') + '\0');
-  Put(reg, "Software\\Odd", "caf\xE9 \x80", 1, std::string("\xE9t\xE9 \"q\" \\ \x9F\0", 13));
-  Put(reg, "Software\\Odd", "", 7, std::string("a\0b\0\0", 5));
-  Put(reg, "Software\\Odd", "two\nlines", 1, std::string("x\ny\0", 4));
-  Put(reg, "Software\\Odd", "big type", 0x12345678, "z");
-  Put(reg, "Software\\Odd\\\xC4nderung", "v", 4, std::string("\x2A\0\0\0", 4));
+  PutValue(reg, "Software\\Tessaron\\VSP\\COM3", "PORTNAME", 0, std::string("COM3\0", 5));
+  PutValue(reg, "Software\\Odd", "nul inside", 0, std::string("a\0b\0", 4));
+  PutValue(reg, "Software\\Odd", "empty", 0, "");
+  PutValue(reg, "Software\\Odd", "empty text", 1, std::string("\0", 1));
+  PutValue(reg, "Software\\Odd", "binary", 3, "\x00\x01\xFE\xFF");
+  PutValue(reg, "Software\\Odd", "long", 0, std::string(300, 'L') + '\0');
+  PutValue(reg, "Software\\Odd", "caf\xE9 \x80", 1, std::string("\xE9t\xE9 \"q\" \\ \x9F\0", 13));
+  PutValue(reg, "Software\\Odd", "", 7, std::string("a\0b\0\0", 5));
+  PutValue(reg, "Software\\Odd", "two\nlines", 1, std::string("x\ny\0", 4));
+  PutValue(reg, "Software\\Odd", "big type", 0x12345678, "z");
+  PutValue(reg, "Software\\Odd\\\xC4nderung", "v", 4, std::string("\x2A\0\0\0", 4));
   HKey key = 0;
   reg.CreateKeyEx(kHKeyLocalMachine, "Software\\Empty key", 0, registry::kKeyWrite, &key, nullptr);
   reg.CloseKey(key);
@@ -278,7 +270,7 @@ TEST(RegTextTest, AFailingChangeLeavesTheHiveAsItWas) {
   std::unique_ptr<Registry> registries[] = {registry::MakeMemoryRegistry(),
                                             registry::OpenSqliteHive(dir.File("hive.db"))};
   for (auto& reg : registries) {
-    Put(*reg, "Software\\Keep", "v", 1, std::string("1\0", 2));
+    PutValue(*reg, "Software\\Keep", "v", 1, std::string("1\0", 2));
     const std::string before = Export(*reg);
     std::vector<RegChange> changes;
     ParseError error;
@@ -294,25 +286,6 @@ TEST(RegTextTest, AFailingChangeLeavesTheHiveAsItWas) {
     EXPECT_NE(ApplyChanges(*reg, changes, &message), kErrorSuccess);
     EXPECT_NE(message.find("line 9"), std::string::npos) << message;
     EXPECT_EQ(Export(*reg), before);
-  }
-}
-
-TEST(RegTextTest, KeyPathsBelowTheRoot) {
-  const std::pair<const char*, const char*> good[] = {
-      {"HKEY_LOCAL_MACHINE", ""},
-      {"hkey_local_machine\\Software", "Software"},
-      {"HKLM\\Software\\Tessaron\\VSP\\COM3", "Software\\Tessaron\\VSP\\COM3"},
-      {"HKLM\\\xC3\x84nderung", "\xC4nderung"},
-  };
-  for (const auto& [full, relative] : good) {
-    std::string out = "unchanged";
-    EXPECT_TRUE(RelativeKeyPath(full, &out)) << full;
-    EXPECT_EQ(out, relative);
-  }
-  for (const char* bad :
-       {"", "HKCU\\Software", "HKLMSoftware", "HKLM\\", "HKLM\\a\\\\b", "HKLM\\a\\", "\\HKLM"}) {
-    std::string out;
-    EXPECT_FALSE(RelativeKeyPath(bad, &out)) << bad;
   }
 }
 

@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "platform/registry/memory_registry.h"
+#include "platform/registry/test_registry.h"
 #include "platform/runtime/text_file.h"
 
 namespace ketra::session {
@@ -31,28 +32,9 @@ class SessionTest : public ::testing::Test {
   }
 
   void AddDevice(int device, const std::string& port) {
-    registry::HKey key = 0;
-    ASSERT_EQ(registry_->CreateKeyEx(registry::kHKeyLocalMachine, "HARDWARE\\DEVICEMAP\\SERIALCOMM",
-                                     0, registry::kKeyWrite, &key, nullptr),
-              registry::kErrorSuccess);
-    const std::string data = port + '\0';
-    registry_->SetValueEx(key, "\\Device\\TesSerial" + std::to_string(device), registry::kRegSz,
-                          reinterpret_cast<const std::uint8_t*>(data.data()),
-                          static_cast<std::uint32_t>(data.size()));
-    registry_->CloseKey(key);
-  }
-
-  void StoreValue(const std::string& port, const std::string& name, const std::string& text) {
-    registry::HKey key = 0;
-    ASSERT_EQ(
-        registry_->CreateKeyEx(registry::kHKeyLocalMachine, "Software\\Tessaron\\VSP\\" + port, 0,
-                               registry::kKeyWrite, &key, nullptr),
-        registry::kErrorSuccess);
-    const std::string data = text + '\0';
-    registry_->SetValueEx(key, name, registry::kRegNone,
-                          reinterpret_cast<const std::uint8_t*>(data.data()),
-                          static_cast<std::uint32_t>(data.size()));
-    registry_->CloseKey(key);
+    registry::PutValue(*registry_, "HARDWARE\\DEVICEMAP\\SERIALCOMM",
+                       "\\Device\\TesSerial" + std::to_string(device), registry::kRegSz,
+                       port + '\0');
   }
 
   // Runs a script through a fresh session and gives back its output lines as JSON.
@@ -77,47 +59,6 @@ class SessionTest : public ::testing::Test {
   runtime::MemoryFileSystem files_;
 };
 
-TEST_F(SessionTest, LinesThatCannotBeReadAreErrorsAndTheSessionGoesOn) {
-  struct Case {
-    std::string line;
-    std::string message_part;
-  };
-  const std::vector<Case> cases = {
-      {"jump", "unknown command jump"},
-      {"click TXT_FOO", "unknown control TXT_FOO"},
-      {"type TXT_LOCPORT 12", "JSON string literal"},
-      {"type TXT_LOCPORT \"12", "JSON string literal"},
-      {"type TXT_LOCPORT \"1\" \"2\"", "JSON string literal"},
-      {"type TXT_LOCPORT", "missing TEXT"},
-      {"dump row 101", "row N"},
-      {"dump row x", "row N"},
-      {"dump nothing", "unknown dump"},
-      {"page 2", "no page 2"},
-      {"updown sideways", "up or down"},
-      {"driver status 256", "status N"},
-      {"driver reboot", "unknown driver mode"},
-      {"call NoSuchRoutine", "unknown routine NoSuchRoutine"},
-      {"click TXT_LOCPORT", "click applies"},
-      {"type CMB_PORT \"COM3\"", "text boxes"},
-      {"focus Label1", "cannot take the focus"},
-      {"choose CMB_PORT \"COM9\"", "has no entry COM9"},
-      {"tab now", "unexpected text"},
-  };
-  std::string script = "# a comment\n\nstart\n";
-  for (const Case& c : cases) script += c.line + "\n";
-  script += "dump state\n";
-  const std::vector<json> lines = Run(script);
-  ASSERT_EQ(lines.size(), cases.size() + 1);
-  for (size_t i = 0; i < cases.size(); ++i) {
-    SCOPED_TRACE(cases[i].line);
-    EXPECT_EQ(lines[i]["event"], "error");
-    EXPECT_EQ(lines[i]["line"], static_cast<int>(i) + 4) << "lines count from 1, blanks included";
-    EXPECT_NE(lines[i]["message"].get<std::string>().find(cases[i].message_part), std::string::npos)
-        << lines[i]["message"];
-  }
-  EXPECT_EQ(lines.back()["state"]["PortCount"], 2);
-}
-
 TEST_F(SessionTest, TextsRoundTripBetweenUtf8AndTheProgramsCodePage) {
   const std::vector<json> lines =
       Run("set TXT_XON \"\\u00e9\\u20ac\"\n"
@@ -134,8 +75,10 @@ TEST_F(SessionTest, AFailureNamesTheRoutineTheCommandRan) {
   std::ostringstream out;
   Session session(Environment{*registry_, app_, files_}, out);
   ASSERT_TRUE(session.Execute("start", 1));
-  StoreValue("COM4", "FLOWCONTROL", "49");
-  StoreValue("COM4", "XOFF", "300");
+  for (const auto& [name, text] : {std::pair{"FLOWCONTROL", "49"}, {"XOFF", "300"}}) {
+    ASSERT_EQ(registry::SetText(*registry_, "Software\\Tessaron\\VSP\\COM4", name, text),
+              registry::kErrorSuccess);
+  }
   ASSERT_TRUE(session.Execute("choose CMB_PORT \"COM4\"", 2));
   ASSERT_TRUE(session.Execute("call ConfigureFromTheFile2", 3));
   const std::vector<json> failures = Lines(out.str());
