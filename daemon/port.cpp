@@ -256,6 +256,11 @@ void VirtualPort::RelayFromSocket() {
       return;
     }
   }
+  // The round ended before the socket said EAGAIN. A stopped terminal sends nothing more that
+  // could wake the port for its XON, so whether anything still waits is asked here.
+  if (stopped_terminal_ && !io_->DatagramWaiting()) {
+    SendFlowCharacter(flow_.xon());
+  }
 }
 
 void VirtualPort::SendFlowCharacter(std::uint8_t character) {

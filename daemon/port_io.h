@@ -69,6 +69,8 @@ class PortIo {
   // datagram was queued (so drops show with the first datagram after them).
   virtual long ReceiveFrom(std::span<std::uint8_t> buffer, net::Endpoint* from,
                            std::uint32_t* dropped) = 0;
+  // Whether a datagram waits to be received, without taking it.
+  virtual bool DatagramWaiting() = 0;
 
   // --- Handing over across a restart: the descriptors themselves.
   virtual runtime::Fd DuplicatePty() const = 0;

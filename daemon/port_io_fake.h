@@ -117,6 +117,7 @@ class FakePortIo final : public PortIo {
     *dropped = kernel_dropped;
     return static_cast<long>(size);
   }
+  bool DatagramWaiting() override { return !from_terminal.empty(); }
   runtime::Fd DuplicatePty() const override { return runtime::Fd(); }
   runtime::Fd DuplicateSocket() const override { return runtime::Fd(); }
 

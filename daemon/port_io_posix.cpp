@@ -148,6 +148,11 @@ class PosixPortIo final : public PortIo {
     return socket_.ReceiveFrom(buffer, from, dropped);
   }
 
+  bool DatagramWaiting() override {
+    pollfd probe{socket_.fd(), POLLIN, 0};
+    return ::poll(&probe, 1, 0) > 0 && (probe.revents & POLLIN) != 0;
+  }
+
   runtime::Fd DuplicatePty() const override {
     return runtime::Fd(::fcntl(master_.get(), F_DUPFD_CLOEXEC, 3));
   }

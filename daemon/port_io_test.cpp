@@ -42,7 +42,14 @@ struct PosixHarness {
     return buffer;
   }
   void Close(PortIo&) { program.Reset(); }
+  void FromTerminal(PortIo& io, const Bytes& bytes) {
+    if (!terminal.is_open()) {
+      ASSERT_EQ(terminal.Open({net::kLoopbackAddress, 0}), 0);
+    }
+    ASSERT_EQ(terminal.SendTo(bytes, io.LocalEndpoint()), static_cast<long>(bytes.size()));
+  }
   runtime::Fd program;
+  net::UdpSocket terminal;
 };
 
 struct FakeHarness {
@@ -52,6 +59,9 @@ struct FakeHarness {
   void Write(PortIo& io, const Bytes& bytes) { Fake(io).from_program.push_back(bytes); }
   Bytes Read(PortIo& io) { return std::exchange(Fake(io).to_program, Bytes()); }
   void Close(PortIo& io) { Fake(io).held = false; }
+  void FromTerminal(PortIo& io, const Bytes& bytes) {
+    Fake(io).from_terminal.push_back({bytes, {net::kLoopbackAddress, 4000}});
+  }
 };
 
 template <typename Harness>
@@ -93,7 +103,7 @@ TYPED_TEST(PortIoContract, ThePtyFollowsWhetherAProgramHoldsIt) {
   EXPECT_EQ(io.ReadPty(byte), -EIO);
 }
 
-TYPED_TEST(PortIoContract, TheSocketIsBoundAndEmptyAtFirst) {
+TYPED_TEST(PortIoContract, TheSocketSaysWhatWaitsWithoutTakingIt) {
   PortIo& io = *this->io_;
   EXPECT_FALSE(io.socket_open());
   ASSERT_EQ(io.OpenSocket({net::kLoopbackAddress, 0}, 1 << 16), 0);
@@ -102,6 +112,14 @@ TYPED_TEST(PortIoContract, TheSocketIsBoundAndEmptyAtFirst) {
   std::uint8_t buffer[16];
   net::Endpoint from;
   std::uint32_t dropped = 0;
+  EXPECT_FALSE(io.DatagramWaiting());
+  EXPECT_EQ(io.ReceiveFrom(buffer, &from, &dropped), -EAGAIN);
+  this->harness.FromTerminal(io, {'o', 'n', 'e'});
+  EXPECT_TRUE(io.DatagramWaiting());
+  EXPECT_TRUE(io.DatagramWaiting()) << "asking took the datagram";
+  EXPECT_EQ(io.ReceiveFrom(buffer, &from, &dropped), 3);
+  EXPECT_EQ(from.address, net::kLoopbackAddress);
+  EXPECT_FALSE(io.DatagramWaiting());
   EXPECT_EQ(io.ReceiveFrom(buffer, &from, &dropped), -EAGAIN);
   EXPECT_EQ(io.CloseSocket(), 0);
   EXPECT_FALSE(io.socket_open());
@@ -155,6 +173,23 @@ TEST(PosixPortIoTest, TheNextProgramFindsAFreshPortWithItsSpeedAndModes) {
     EXPECT_EQ(settings.c_cc[VSTART], 0x11);
     EXPECT_EQ(settings.c_cc[VSTOP], 0x13);
   }
+}
+
+// What the daemon hands to the service manager across a restart: each descriptor is the one named.
+TEST(PosixPortIoTest, TheDuplicatesAreThePtyAndTheSocket) {
+  std::string warning;
+  const auto io = OpenPosixPortIo("", &warning);
+  EXPECT_FALSE(io->DuplicateSocket().valid()) << "no socket before a connect";
+  ASSERT_EQ(io->OpenSocket({net::kLoopbackAddress, 0}, 4096), 0);
+  const runtime::Fd pty = io->DuplicatePty();
+  const runtime::Fd socket = io->DuplicateSocket();
+  ASSERT_TRUE(pty.valid() && socket.valid());
+  char name[64] = {};
+  EXPECT_EQ(::ptsname_r(pty.get(), name, sizeof name), 0);
+  EXPECT_EQ(std::string(name), io->pty_path());
+  auto adopted = AdoptPosixPortIo(runtime::Fd(::dup(pty.get())), runtime::Fd(::dup(socket.get())));
+  EXPECT_EQ(adopted->pty_path(), io->pty_path());
+  EXPECT_EQ(adopted->LocalEndpoint(), io->LocalEndpoint());
 }
 
 TEST(PosixPortIoTest, TheKernelsDropsAreCountedExactly) {

@@ -53,6 +53,20 @@ class RelayTest : public ::testing::Test {
     }
     return sent;
   }
+  // Runs the port as the loop would until nothing is ready: the pty is writable while it has
+  // room and readable while the program wrote something; the socket is readable while a datagram
+  // waits and writable while the send side has room.
+  void Settle() {
+    for (int batch = 0; batch < 10000; ++batch) {
+      bool ran = false;
+      if (io_->pty_room > 0) ran |= poller_.Fire(kPty, kWritable);
+      if (!io_->from_program.empty()) ran |= poller_.Fire(kPty, kReadable);
+      if (!io_->from_terminal.empty()) ran |= poller_.Fire(kSocket, kReadable);
+      if (io_->send_room > 0) ran |= poller_.Fire(kSocket, kWritable);
+      if (!ran) return;
+    }
+    FAIL() << "the port never settles";
+  }
   bool Waits(int fd, std::uint32_t event) const {
     const auto interest = poller_.Interest(fd);
     return interest && (*interest & event) != 0;
@@ -156,6 +170,27 @@ TEST_F(RelayTest, SoftwareFlowStopsTheTerminalWhileThePtyIsFullAndStartsItWhenDr
   EXPECT_FALSE(port_->stopped_terminal());
   EXPECT_EQ(port_->counters().xoff_sent, 1u);
   EXPECT_EQ(port_->counters().xon_sent, 1u);
+}
+
+// However many datagrams the terminal sent before it saw the XOFF, once the program has read
+// them all the terminal gets its XON: a port that waits for a datagram that a stopped terminal
+// will never send leaves the line stopped for good.
+TEST_F(RelayTest, AStoppedTerminalIsStartedWhateverTheBacklogWas) {
+  for (int behind = 0; behind <= 100; ++behind) {
+    SCOPED_TRACE(behind);
+    Make(true);
+    Connect(true);
+    io_->pty_room = 0;
+    FromTerminal(Text("first"));
+    Settle();
+    ASSERT_TRUE(port_->stopped_terminal());
+    for (int i = 0; i < behind; ++i) FromTerminal({static_cast<std::uint8_t>('a' + i % 26)});
+    io_->pty_room = FakePortIo::kUnlimited;
+    Settle();
+    EXPECT_EQ(io_->to_program.size(), 5u + static_cast<std::size_t>(behind));
+    EXPECT_EQ(Sent(), (std::vector<Bytes>{{kXoff}, {kXon}}));
+    EXPECT_FALSE(port_->stopped_terminal());
+  }
 }
 
 TEST_F(RelayTest, AnXoffThatFindsTheSendSideFullGoesWhenItEmpties) {
