@@ -1,10 +1,9 @@
 // ketra: the control panel's window. The program instance runs on the headless form engine with
 // the machine's hive, driver daemon and files; FormView draws it with Qt and passes the user's
 // actions back as the engine's user operations. Everything runs on the GUI thread, the form
-// engine's one thread: the load first, then the window built from the loaded form. Two things
-// overlap with it on other threads: the hive is read ahead while Qt opens the display
-// (ReadAhead), and the fonts of the first frame get ready while Qt starts and the load runs
-// (FontWarmUp).
+// engine's one thread, but for the load, which runs on a second thread while Qt starts
+// (LoadAside); the window is built from the loaded form. Qt's font database fills on a third
+// thread meanwhile (FontWarmUp).
 //
 //   ketra [--hive PATH] [--socket PATH] [--screenshot-dir DIR] [--exit-after-first-frame]
 //   ketra --help | --version
@@ -19,12 +18,10 @@
 #include <iostream>
 #include <memory>
 #include <string>
-#include <thread>
 
 #include <CLI/CLI.hpp>
 
 #include "config_appl/model/program.h"
-#include "config_appl/store/read_ahead.h"
 #include "platform/device/vspd_device.h"
 #include "platform/device/vspd_socket_path.h"
 #include "platform/forms/app.h"
@@ -37,6 +34,7 @@
 #include "window/font_warm_up.h"
 #include "window/form_view.h"
 #include "window/lamp_pictures.h"
+#include "window/load_aside.h"
 #include "window/qt_message_boxes.h"
 
 namespace {
@@ -132,9 +130,13 @@ int main(int argc, char** argv) try {
   const std::unique_ptr<ketra::forms::AppServices> services = ketra::forms::MakePosixApp("", hive);
   const std::unique_ptr<ketra::runtime::FileSystem> files = ketra::runtime::MakePosixFileSystem();
 
-  // What the load reads from the hive is read while Qt opens the display; the registry is the
-  // thread's alone until it is joined, before the load.
-  std::jthread read_ahead([&registry] { ketra::ReadAhead(*registry); });
+  ketra::window::QtMessageBoxes qt_boxes;
+  ketra::window::GuiThreadBoxes boxes(qt_boxes);
+  const auto program = std::make_unique<ketra::Program>(
+      ketra::Platform{*registry, *device, *services, *files, boxes});
+  // The load runs while Qt opens the display; the program is the load thread's alone until
+  // Finish() has joined it.
+  ketra::window::LoadAside load(boxes, [&program] { program->Start(); });
   QApplication app(argc, argv);
   font_warm_up.QtReady();
   // From here the thread uses Qt's font database: it ends before the application does.
@@ -143,12 +145,8 @@ int main(int argc, char** argv) try {
   QGuiApplication::setDesktopFileName(QStringLiteral("ketra"));
   QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
   QApplication::setWindowIcon(ketra::window::KetraIcon());
-  read_ahead.join();
-  ketra::window::QtMessageBoxes qt_boxes;
-  const auto program = std::make_unique<ketra::Program>(
-      ketra::Platform{*registry, *device, *services, *files, qt_boxes});
   try {
-    program->Start();
+    load.Finish();
   } catch (const ketra::forms::ProgramEnded&) {
     return 0;  // a second instance, or no ports: the load ended the program
   } catch (const std::exception& error) {

@@ -10,7 +10,6 @@
 #include "config_appl/model/populate_data.h"
 #include "config_appl/model/program_fixture.h"
 #include "config_appl/model/read_registry.h"
-#include "config_appl/store/read_ahead.h"
 #include "config_appl/store/registry_value.h"
 #include "config_appl/store/settings_load.h"
 #include "config_appl/store/settings_save.h"
@@ -141,28 +140,6 @@ TEST(CreateConfigFile2, ASaveKilledAtAnyMomentLeavesTheStoreAsBeforeOrAfterIt) {
     if (ReadPortValue(*file, reg_value, port, "XON") != std::to_string(round % 256)) ++mixed;
   }
   EXPECT_EQ(mixed, 0);
-}
-
-// The read-ahead of a start runs before anything else: on a hive not made yet it must not make
-// it, and on a made one it changes nothing that the start then reads.
-TEST(ReadAhead, ChangesNothing) {
-  registry::TestHiveDir dir;
-  const std::string hive = dir.File("state/hive.db");
-  ReadAhead(*registry::OpenSqliteHive(hive));
-  EXPECT_FALSE(std::filesystem::exists(dir.File("state")));
-
-  ProgramFixture f;
-  auto file = registry::OpenSqliteHive(hive);
-  Program program(Platform{*file, f.traced, f.app, f.files, f.boxes});
-  Declarations& d = program.decl();
-  d.LastPort = 1;
-  d.PortTable[0] = {-1, "COM3", "127.0.0.1", "3003", "3000", "1", 17, 19};
-  d.PortTable[1] = {0, "COM4", "127.0.0.1", "3004", "3001", "0", 66, 65};
-  CreateConfigFile2(program);
-  ReadAhead(*file);
-  std::string reg_value;
-  EXPECT_EQ(ReadPortValue(*file, reg_value, "COM3", "XON"), "17");
-  EXPECT_EQ(ReadPortValue(*file, reg_value, "COM4", "ENABLED"), "48");
 }
 
 TEST(ReadTheRegistry, AFirstRunStopsAtTheFirstXoff) {
