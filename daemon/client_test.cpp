@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include "daemon/port_settings.h"
 #include "platform/registry/memory_registry.h"
+#include "platform/registry/test_registry.h"
 
 namespace ketra::vspd {
 namespace {
@@ -49,34 +49,18 @@ class RecordingDevice : public device::DeviceIo {
   bool open_ok_;
 };
 
-void StorePort(registry::Registry& registry, const std::string& port,
-               const std::vector<std::pair<std::string, std::string>>& values) {
-  registry::HKey key = 0;
-  std::uint32_t disposition = 0;
-  ASSERT_EQ(registry.CreateKeyEx(registry::kHKeyLocalMachine, "Software\\Tessaron\\VSP\\" + port, 0,
-                                 registry::kKeyWrite, &key, &disposition),
-            0);
-  for (const auto& [name, text] : values) {
-    std::vector<std::uint8_t> data(text.begin(), text.end());
-    data.push_back(0);
-    ASSERT_EQ(
-        registry.SetValueEx(key, name, 0, data.data(), static_cast<std::uint32_t>(data.size())), 0);
-  }
-  registry.CloseKey(key);
-}
-
-// COM5 at 127.0.0.1, remote 3003, local 3000, software flow with XON 17 and XOFF 19.
+// COM5 at 127.0.0.1, remote 3003, local 3000, software flow with XON 17 and XOFF 19, stored as
+// the panel stores it (text with its NUL; the address as inet_addr gives it, signed decimal).
 std::unique_ptr<registry::Registry> HiveWithCom5() {
   auto registry = registry::MakeMemoryRegistry();
-  StorePort(*registry, "COM5",
-            {{"PORTNAME", "COM5"},
-             {"ENABLED", "49"},
-             {"FLOWCONTROL", "49"},
-             {"XON", "17"},
-             {"XOFF", "19"},
-             {"LOCALPORT", "3000"},
-             {"REMOTEPORT", "3003"},
-             {"REMOTEIP", "16777343"}});  // 127.0.0.1 as inet_addr gives it, signed decimal
+  const std::pair<const char*, const char*> values[] = {
+      {"PORTNAME", "COM5"},   {"ENABLED", "49"},       {"FLOWCONTROL", "49"},
+      {"XON", "17"},          {"XOFF", "19"},          {"LOCALPORT", "3000"},
+      {"REMOTEPORT", "3003"}, {"REMOTEIP", "16777343"}};
+  for (const auto& [name, text] : values) {
+    EXPECT_EQ(registry::SetText(*registry, "Software\\Tessaron\\VSP\\COM5", name, text),
+              registry::kErrorSuccess);
+  }
   return registry;
 }
 
@@ -119,38 +103,26 @@ TEST(ClientTest, SendsThePanelsRecordAndSaysThePanelsWords) {
   }
 }
 
-TEST(ClientTest, NoSettingsOrNoHandle) {
+// No settings stored: the device is never opened. No handle: nothing is sent, and the user is told.
+TEST(ClientTest, NoSettingsOrNoHandleSendsNothing) {
   auto registry = HiveWithCom5();
-  {
-    RecordingDevice device(112);
+  const struct {
+    const char* port;
+    bool open_ok;
+    int exit_code;
+    std::size_t opens;
+    const char* error;
+  } cases[] = {{"COM6", true, 2, 0, ""},
+               {"COM5", false, 1, 1, "Unable to open handle for the port"}};
+  for (const auto& c : cases) {
+    RecordingDevice device(112, c.open_ok);
     std::ostringstream out;
     std::ostringstream err;
-    EXPECT_EQ(RunPortCommand(*registry, device, true, "COM6", out, err), 2);
-    EXPECT_TRUE(device.paths.empty());
-  }
-  {
-    RecordingDevice device(112, false);
-    std::ostringstream out;
-    std::ostringstream err;
-    EXPECT_EQ(RunPortCommand(*registry, device, true, "COM5", out, err), 1);
-    EXPECT_NE(err.str().find("Unable to open handle for the port"), std::string::npos);
+    EXPECT_EQ(RunPortCommand(*registry, device, true, c.port, out, err), c.exit_code) << c.port;
+    EXPECT_EQ(device.paths.size(), c.opens);
     EXPECT_TRUE(device.codes.empty());
+    EXPECT_NE(err.str().find(c.error), std::string::npos) << err.str();
   }
-}
-
-TEST(ClientTest, TheDaemonDecodesWhatThePanelEncodes) {
-  auto registry = HiveWithCom5();
-  RecordingDevice device(112);
-  std::ostringstream out;
-  std::ostringstream err;
-  RunPortCommand(*registry, device, true, "COM5", out, err);
-  ASSERT_EQ(device.sent.size(), 12u);
-  Record record{};
-  std::copy(device.sent.begin(), device.sent.end(), record.begin());
-  std::string problem;
-  const auto settings = SettingsFromRecord(record, &problem);
-  ASSERT_TRUE(settings.has_value()) << problem;
-  EXPECT_EQ(*settings, (PortSettings{{net::kLoopbackAddress, 3003}, 3000, true, 17, 19}));
 }
 
 }  // namespace
