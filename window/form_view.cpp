@@ -6,6 +6,7 @@
 #include <QClipboard>
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QFontDatabase>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -76,6 +77,21 @@ bool IsMouseInput(QEvent::Type type) {
 
 }  // namespace
 
+QStringList FromFirstInstalled(const QStringList& wanted) {
+  // Qt's own generic names stand in its database's list of families, but a font that names
+  // them among others passes over them: they are no installed family here.
+  static const QStringList kGeneric = {QStringLiteral("Serif"), QStringLiteral("Sans Serif"),
+                                       QStringLiteral("Monospace")};
+  const QStringList installed = QFontDatabase::families();
+  for (qsizetype first = 0; first < wanted.size(); ++first) {
+    if (installed.contains(wanted[first], Qt::CaseInsensitive) &&
+        !kGeneric.contains(wanted[first], Qt::CaseInsensitive)) {
+      return wanted.mid(first);
+    }
+  }
+  return wanted;
+}
+
 int TwipsToPixels(int twips, double dpi) {
   return static_cast<int>(std::lround(twips * dpi / 1440.0));
 }
@@ -99,9 +115,10 @@ FormView::FormView(forms::Form& form, const PictureSet& pictures, double dpi, QW
   // The window's own font, small enough for the boxes' heights of the layout; every control
   // takes it, none sets one of its own.
   QFont small = font();
-  small.setFamilies({QStringLiteral("Microsoft Sans Serif"), QStringLiteral("MS Sans Serif"),
-                     QStringLiteral("Arial"), QStringLiteral("Liberation Sans"),
-                     QStringLiteral("Helvetica"), QStringLiteral("Nimbus Sans"), small.family()});
+  small.setFamilies(FromFirstInstalled(
+      {QStringLiteral("Microsoft Sans Serif"), QStringLiteral("MS Sans Serif"),
+       QStringLiteral("Arial"), QStringLiteral("Liberation Sans"), QStringLiteral("Helvetica"),
+       QStringLiteral("Nimbus Sans"), small.family()}));
   small.setPointSizeF(7.5);
   setFont(small);
   setFocusPolicy(Qt::NoFocus);

@@ -15,6 +15,7 @@
 
 #include <QImage>
 #include <QPixmap>
+#include <QStringList>
 #include <QWidget>
 #include <array>
 #include <functional>
@@ -28,6 +29,12 @@ class QTimer;
 namespace ketra::window {
 
 class TabStrip;
+
+// `wanted`, a font's families in order of preference, cut to start at the family Qt takes from
+// it: a missing family at the head of the list costs Qt a search of the font configuration for
+// its substitutes (an eighth of the window's build here) before it tries the next one. Without
+// an installed family behind the missing ones the list stays whole.
+QStringList FromFirstInstalled(const QStringList& wanted);
 
 // Twips (1,440 to the inch) to pixels at `dpi` logical dots per inch.
 int TwipsToPixels(int twips, double dpi);
