@@ -1,156 +1,114 @@
 #include "daemon/client.h"
 
+#include <cstdio>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "daemon/port_settings.h"
+#include "platform/device/scripted_device.h"
+#include "platform/device/tracing_device.h"
 #include "platform/registry/memory_registry.h"
+#include "platform/registry/test_registry.h"
 
 namespace ketra::vspd {
 namespace {
 
-// Records what the client sends and answers a fixed Status.
-class RecordingDevice : public device::DeviceIo {
- public:
-  explicit RecordingDevice(std::uint8_t status, bool open_ok = true)
-      : status_(status), open_ok_(open_ok) {}
-  device::Handle CreateFile(std::string_view path, std::uint32_t access, std::uint32_t share,
-                            const device::SecurityAttributes*, std::uint32_t disposition,
-                            std::uint32_t, device::Handle) override {
-    paths.emplace_back(path);
-    EXPECT_EQ(access, 0u);
-    EXPECT_EQ(share, 3u);
-    EXPECT_EQ(disposition, 3u);
-    return open_ok_ ? 5 : device::kInvalidHandleValue;
-  }
-  bool DeviceIoControl(device::Handle, std::uint32_t code, const std::uint8_t* in,
-                       std::uint32_t in_size, std::uint8_t* out, std::uint32_t out_size,
-                       std::uint32_t*) override {
-    codes.push_back(code);
-    sent.assign(in, in + in_size);
-    EXPECT_EQ(out_size, 12u);
-    out[11] = status_;
-    return true;
-  }
-  bool CloseHandle(device::Handle) override {
-    ++closes;
-    return true;
-  }
-  std::vector<std::string> paths;
-  std::vector<std::uint32_t> codes;
-  std::vector<std::uint8_t> sent;
-  int closes = 0;
-
- private:
-  std::uint8_t status_;
-  bool open_ok_;
-};
-
-void StorePort(registry::Registry& registry, const std::string& port,
-               const std::vector<std::pair<std::string, std::string>>& values) {
-  registry::HKey key = 0;
-  std::uint32_t disposition = 0;
-  ASSERT_EQ(registry.CreateKeyEx(registry::kHKeyLocalMachine, "Software\\Tessaron\\VSP\\" + port, 0,
-                                 registry::kKeyWrite, &key, &disposition),
-            0);
-  for (const auto& [name, text] : values) {
-    std::vector<std::uint8_t> data(text.begin(), text.end());
-    data.push_back(0);
-    ASSERT_EQ(
-        registry.SetValueEx(key, name, 0, data.data(), static_cast<std::uint32_t>(data.size())), 0);
-  }
-  registry.CloseKey(key);
-}
-
-// COM5 at 127.0.0.1, remote 3003, local 3000, software flow with XON 17 and XOFF 19.
+// COM5 at 127.0.0.1, remote 3003, local 3000, software flow with XON 17 and XOFF 19, stored as
+// the panel stores it (text with its NUL; the address as inet_addr gives it, signed decimal).
 std::unique_ptr<registry::Registry> HiveWithCom5() {
   auto registry = registry::MakeMemoryRegistry();
-  StorePort(*registry, "COM5",
-            {{"PORTNAME", "COM5"},
-             {"ENABLED", "49"},
-             {"FLOWCONTROL", "49"},
-             {"XON", "17"},
-             {"XOFF", "19"},
-             {"LOCALPORT", "3000"},
-             {"REMOTEPORT", "3003"},
-             {"REMOTEIP", "16777343"}});  // 127.0.0.1 as inet_addr gives it, signed decimal
+  const std::pair<const char*, const char*> values[] = {
+      {"PORTNAME", "COM5"},   {"ENABLED", "49"},       {"FLOWCONTROL", "49"},
+      {"XON", "17"},          {"XOFF", "19"},          {"LOCALPORT", "3000"},
+      {"REMOTEPORT", "3003"}, {"REMOTEIP", "16777343"}};
+  for (const auto& [name, text] : values) {
+    EXPECT_EQ(registry::SetText(*registry, "Software\\Tessaron\\VSP\\COM5", name, text),
+              registry::kErrorSuccess);
+  }
   return registry;
 }
 
+// What the client did to the driver, a line a call: "open PATH", "control CODE RECORD", "close".
+std::string Trace(const std::vector<device::DeviceCall>& calls) {
+  std::string trace;
+  for (const device::DeviceCall& call : calls) {
+    char text[16];
+    switch (call.kind) {
+      case device::DeviceCall::Kind::kOpen:
+        // The panel's way to open: no access asked, shared both ways, the device must exist.
+        trace += "open " + call.path + (call.ok ? "" : " failed") +
+                 (call.access == 0 && call.share == 3 && call.disposition == 3 ? "" : " oddly");
+        break;
+      case device::DeviceCall::Kind::kControl:
+        std::snprintf(text, sizeof text, "%08X ", call.code);
+        trace += std::string("control ") + text;
+        for (const std::uint8_t byte : call.in) {
+          std::snprintf(text, sizeof text, "%02X", byte);
+          trace += text;
+        }
+        break;
+      case device::DeviceCall::Kind::kClose:
+        trace += "close";
+        break;
+    }
+    trace += "\n";
+  }
+  return trace;
+}
+
 TEST(ClientTest, SendsThePanelsRecordAndSaysThePanelsWords) {
-  const std::vector<std::uint8_t> expected{0x7F, 0, 0, 1, 0xBB, 0x0B, 0xB8, 0x0B, 1, 0x13, 0x11, 0};
+  // COM5's settings in the panel's record: address, remote and local port low byte first, flow,
+  // XOFF, XON.
+  const std::string connect =
+      "open \\\\.\\COM5\ncontrol 80202000 7F000001BB0BB80B01131100\nclose\n";
+  const std::string disconnect =
+      "open \\\\.\\COM5\\p\ncontrol 80202004 7F000001BB0BB80B01131100\nclose\n";
+  constexpr int kOpenFails = -1;
   struct Case {
+    const char* port;
     bool connect;
-    std::uint8_t status;
-    const char* path;
-    std::uint32_t code;
-    const char* words;
+    int status;
+    const std::string& trace;
+    const char* words;  // on standard output, or on standard error when opening fails
     int exit_code;
   };
+  const std::string nothing;
+  const std::string failed_open = "open \\\\.\\COM5 failed\n";
   const std::vector<Case> cases = {
-      {true, 112, "\\\\.\\COM5", 0x80202000u, "Connect Successful", 0},
-      {true, 15, "\\\\.\\COM5", 0x80202000u, "Already Connected", 0},
-      {true, 21, "\\\\.\\COM5", 0x80202000u, "Connection Failed", 1},
-      {true, 19, "\\\\.\\COM5", 0x80202000u, "Connection Timed Out", 1},
-      {true, 113, "\\\\.\\COM5", 0x80202000u,
-       "Unable to Connect, Please check the configuration parameters", 1},
-      {false, 113, "\\\\.\\COM5\\p", 0x80202004u, "Disconnect Successful", 0},
-      {false, 0, "\\\\.\\COM5\\p", 0x80202004u, "Already in the Disconnected state", 0},
-      {false, 21, "\\\\.\\COM5\\p", 0x80202004u, "Connectio Failed", 1},
-      {false, 15, "\\\\.\\COM5\\p", 0x80202004u,
-       "Unable to Disconnect, Please check the configuration parameters", 1},
+      {"COM5", true, 112, connect, "COM5: Connect Successful (Status", 0},
+      {"COM5", true, 15, connect, "COM5: Already Connected (Status", 0},
+      {"COM5", true, 21, connect, "COM5: Connection Failed (Status", 1},
+      {"COM5", true, 19, connect, "COM5: Connection Timed Out (Status", 1},
+      {"COM5", true, 113, connect,
+       "COM5: Unable to Connect, Please check the configuration parameters (Status", 1},
+      {"COM5", false, 113, disconnect, "COM5: Disconnect Successful (Status", 0},
+      {"COM5", false, 0, disconnect, "COM5: Already in the Disconnected state (Status", 0},
+      {"COM5", false, 21, disconnect, "COM5: Connectio Failed (Status", 1},
+      {"COM5", false, 15, disconnect,
+       "COM5: Unable to Disconnect, Please check the configuration parameters (Status", 1},
+      {"COM6", true, 112, nothing, "COM6: no usable stored settings", 2},
+      {"COM5", true, kOpenFails, failed_open, "Unable to open handle for the port", 1},
   };
   auto registry = HiveWithCom5();
   for (const auto& c : cases) {
-    RecordingDevice device(c.status);
+    SCOPED_TRACE(std::string(c.port) + " " + std::to_string(c.status));
+    device::ScriptedDevice driver;
+    if (c.status == kOpenFails) {
+      driver.SetOpenFails();
+    } else {
+      driver.SetStatus(static_cast<std::uint8_t>(c.status));
+    }
+    std::vector<device::DeviceCall> calls;
+    device::TracingDevice device(driver,
+                                 [&](const device::DeviceCall& call) { calls.push_back(call); });
     std::ostringstream out;
     std::ostringstream err;
-    EXPECT_EQ(RunPortCommand(*registry, device, c.connect, "COM5", out, err), c.exit_code)
-        << c.words;
-    EXPECT_EQ(device.paths, std::vector<std::string>{c.path});
-    EXPECT_EQ(device.codes, std::vector<std::uint32_t>{c.code});
-    EXPECT_EQ(device.sent, expected);
-    EXPECT_EQ(device.closes, 1);
-    EXPECT_NE(out.str().find(std::string("COM5: ") + c.words + " (Status"), std::string::npos)
-        << out.str();
+    EXPECT_EQ(RunPortCommand(*registry, device, c.connect, c.port, out, err), c.exit_code);
+    EXPECT_EQ(Trace(calls), c.trace);
+    EXPECT_NE((out.str() + err.str()).find(c.words), std::string::npos) << out.str() << err.str();
   }
-}
-
-TEST(ClientTest, NoSettingsOrNoHandle) {
-  auto registry = HiveWithCom5();
-  {
-    RecordingDevice device(112);
-    std::ostringstream out;
-    std::ostringstream err;
-    EXPECT_EQ(RunPortCommand(*registry, device, true, "COM6", out, err), 2);
-    EXPECT_TRUE(device.paths.empty());
-  }
-  {
-    RecordingDevice device(112, false);
-    std::ostringstream out;
-    std::ostringstream err;
-    EXPECT_EQ(RunPortCommand(*registry, device, true, "COM5", out, err), 1);
-    EXPECT_NE(err.str().find("Unable to open handle for the port"), std::string::npos);
-    EXPECT_TRUE(device.codes.empty());
-  }
-}
-
-TEST(ClientTest, TheDaemonDecodesWhatThePanelEncodes) {
-  auto registry = HiveWithCom5();
-  RecordingDevice device(112);
-  std::ostringstream out;
-  std::ostringstream err;
-  RunPortCommand(*registry, device, true, "COM5", out, err);
-  ASSERT_EQ(device.sent.size(), 12u);
-  Record record{};
-  std::copy(device.sent.begin(), device.sent.end(), record.begin());
-  std::string problem;
-  const auto settings = SettingsFromRecord(record, &problem);
-  ASSERT_TRUE(settings.has_value()) << problem;
-  EXPECT_EQ(*settings, (PortSettings{{net::kLoopbackAddress, 3003}, 3000, true, 17, 19}));
 }
 
 }  // namespace

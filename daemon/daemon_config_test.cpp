@@ -11,14 +11,16 @@
 namespace ketra::vspd {
 namespace {
 
-std::optional<Invocation> Parse(std::vector<std::string> args, int* exit_code = nullptr) {
+std::optional<Invocation> Parse(std::vector<std::string> args, int* exit_code = nullptr,
+                                std::string* output = nullptr) {
   args.insert(args.begin(), "ketra-vspd");
   std::vector<const char*> argv;
   for (const auto& arg : args) argv.push_back(arg.c_str());
-  std::string output;
+  std::string text;
   int code = 0;
-  auto parsed = ParseCommandLine(static_cast<int>(argv.size()), argv.data(), &output, &code);
+  auto parsed = ParseCommandLine(static_cast<int>(argv.size()), argv.data(), &text, &code);
   if (exit_code != nullptr) *exit_code = code;
+  if (output != nullptr) *output = text;
   return parsed;
 }
 
@@ -29,19 +31,14 @@ TEST(DaemonConfigTest, CommandLines) {
     std::vector<std::string> ports;
     std::string port;
   };
+  const std::vector<std::string> usual = {"COM3", "COM4", "COM5", "COM6"};
   const std::vector<Case> cases = {
-      {{}, Action::kRun, {"COM3", "COM4", "COM5", "COM6"}, ""},
+      {{}, Action::kRun, usual, ""},
       {{"run", "--ports", "COM3,COM12"}, Action::kRun, {"COM3", "COM12"}, ""},
       {{"--count", "3", "--first", "10"}, Action::kRun, {"COM10", "COM11", "COM12"}, ""},
-      {{"status", "--socket", "/x.sock"}, Action::kStatus, {"COM3", "COM4", "COM5", "COM6"}, ""},
-      {{"connect", "COM5", "--hive", "/h.db"},
-       Action::kConnect,
-       {"COM3", "COM4", "COM5", "COM6"},
-       "COM5"},
-      {{"--hive", "/h.db", "disconnect", "COM4"},
-       Action::kDisconnect,
-       {"COM3", "COM4", "COM5", "COM6"},
-       "COM4"},
+      {{"status", "--socket", "/x.sock"}, Action::kStatus, usual, ""},
+      {{"connect", "COM5", "--hive", "/h.db"}, Action::kConnect, usual, "COM5"},
+      {{"--hive", "/h.db", "disconnect", "COM4"}, Action::kDisconnect, usual, "COM4"},
   };
   for (const auto& c : cases) {
     const auto parsed = Parse(c.args);
@@ -118,12 +115,9 @@ TEST(DaemonConfigTest, AConfigurationFileMistakeNamesFileAndLine) {
   };
   for (const auto& c : cases) {
     std::ofstream(file) << c.text;
-    std::vector<std::string> args = {"ketra-vspd", "--config", file};
-    std::vector<const char*> argv;
-    for (const auto& arg : args) argv.push_back(arg.c_str());
     std::string output;
     int code = 0;
-    EXPECT_FALSE(ParseCommandLine(3, argv.data(), &output, &code).has_value()) << c.text;
+    EXPECT_FALSE(Parse({"--config", file}, &code, &output).has_value()) << c.text;
     EXPECT_EQ(code, 2);
     EXPECT_NE(output.find(c.message), std::string::npos) << output;
   }

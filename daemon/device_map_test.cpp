@@ -8,6 +8,7 @@
 
 #include "platform/registry/faulty_registry.h"
 #include "platform/registry/memory_registry.h"
+#include "platform/registry/test_registry.h"
 
 namespace ketra::vspd {
 namespace {
@@ -35,45 +36,29 @@ Values MapValues(registry::Registry& registry) {
 }
 
 void SetMapValue(registry::Registry& registry, const std::string& name, const std::string& data) {
-  HKey key = 0;
-  std::uint32_t disposition = 0;
-  ASSERT_EQ(registry.CreateKeyEx(registry::kHKeyLocalMachine, std::string(kSerialCommKey), 0,
-                                 registry::kKeyWrite, &key, &disposition),
-            0);
-  ASSERT_EQ(registry.SetValueEx(key, name, registry::kRegSz,
-                                reinterpret_cast<const std::uint8_t*>(data.data()),
-                                static_cast<std::uint32_t>(data.size())),
-            0);
-  registry.CloseKey(key);
+  registry::PutValue(registry, kSerialCommKey, name, registry::kRegSz, data);
 }
 
+// Ours are the TesSerial names: a dead run's are replaced (whatever their case), others' stay.
 TEST(DeviceMapTest, PublishesEachPortAndWithdrawsOnlyItsOwn) {
   auto registry = registry::MakeMemoryRegistry();
   SetMapValue(*registry, "\\Device\\Serial0", std::string("COM1\0", 5));
+  SetMapValue(*registry, "\\Device\\TesSerial0", std::string("COM8\0", 5));
+  SetMapValue(*registry, "\\device\\tesserial7", std::string("COM9\0", 5));
+  const Values others{{"\\Device\\Serial0", std::string("COM1\0", 5)}};
   {
     DeviceMap map(*registry);
     std::string problem;
     ASSERT_TRUE(map.Publish({"COM3", "COM4", "COM12"}, &problem)) << problem;
-    EXPECT_EQ(MapValues(*registry), (Values{{"\\Device\\Serial0", std::string("COM1\0", 5)},
+    EXPECT_EQ(MapValues(*registry), (Values{others[0],
                                             {"\\Device\\TesSerial0", std::string("COM3\0", 5)},
                                             {"\\Device\\TesSerial1", std::string("COM4\0", 5)},
                                             {"\\Device\\TesSerial2", std::string("COM12\0", 6)}}));
+    EXPECT_TRUE(map.Withdraw());
+    EXPECT_EQ(MapValues(*registry), others);
+    ASSERT_TRUE(map.Publish({"COM3"}, &problem)) << problem;
   }
-  EXPECT_EQ(MapValues(*registry), (Values{{"\\Device\\Serial0", std::string("COM1\0", 5)}}));
-}
-
-TEST(DeviceMapTest, EntriesOfADeadRunAreReplaced) {
-  auto registry = registry::MakeMemoryRegistry();
-  SetMapValue(*registry, "\\Device\\TesSerial0", std::string("COM8\0", 5));
-  SetMapValue(*registry, "\\device\\tesserial7", std::string("COM9\0", 5));
-  SetMapValue(*registry, "\\Device\\Serial1", std::string("COM2\0", 5));
-  DeviceMap map(*registry);
-  std::string problem;
-  ASSERT_TRUE(map.Publish({"COM3"}, &problem)) << problem;
-  EXPECT_EQ(MapValues(*registry), (Values{{"\\Device\\Serial1", std::string("COM2\0", 5)},
-                                          {"\\Device\\TesSerial0", std::string("COM3\0", 5)}}));
-  EXPECT_TRUE(map.Withdraw());
-  EXPECT_EQ(MapValues(*registry), (Values{{"\\Device\\Serial1", std::string("COM2\0", 5)}}));
+  EXPECT_EQ(MapValues(*registry), others) << "the destructor withdraws too";
 }
 
 TEST(DeviceMapTest, AFailedWriteLeavesNothingOfOurs) {

@@ -11,26 +11,22 @@ namespace {
 constexpr std::uint8_t kXon = 0x11;
 constexpr std::uint8_t kXoff = 0x13;
 
-// Feeds the chunks in turn and records, after each, what passed and whether the relay is paused.
+// A chunk from the terminal, what of it passes to the pty, and whether the relay is paused after.
 struct Step {
   std::vector<std::uint8_t> in;
   std::vector<std::uint8_t> passed;
   bool paused;
 };
 
-void Feed(FlowControl flow, const std::vector<Step>& steps, const char* what) {
-  for (std::size_t i = 0; i < steps.size(); ++i) {
-    std::vector<std::uint8_t> data = steps[i].in;
-    const auto passed = flow.Filter(data);
-    EXPECT_EQ(std::vector<std::uint8_t>(passed.begin(), passed.end()), steps[i].passed)
-        << what << ", step " << i;
-    EXPECT_EQ(flow.paused(), steps[i].paused) << what << ", step " << i;
-  }
-}
-
-TEST(FlowControlTest, SoftwareFlowFollowsTheTerminal) {
-  const FlowControl flow = FlowControl::Software(kXon, kXoff);
-  Feed(flow,
+TEST(FlowControlTest, TheFlowCharactersAreTakenOutAndFollowed) {
+  struct Case {
+    const char* what;
+    FlowControl flow;
+    std::vector<Step> steps;
+  };
+  const std::vector<Case> cases = {
+      {"XON 17, XOFF 19",
+       FlowControl::Software(kXon, kXoff),
        {
            {{'a', 'b'}, {'a', 'b'}, false},
            {{'c', kXoff, 'd'}, {'c', 'd'}, true},
@@ -41,29 +37,28 @@ TEST(FlowControlTest, SoftwareFlowFollowsTheTerminal) {
            {{kXoff}, {}, true},  // a repeated XOFF keeps it paused
            {{kXon, kXon}, {}, false},
            {{}, {}, false},
-       },
-       "XON 17, XOFF 19");
-}
-
-TEST(FlowControlTest, TheCharactersAreThePortsOwn) {
-  // 'A' and 'B' as the port's XOFF and XON (the values a hardware-flow port keeps stored):
-  // the usual control characters then pass as data.
-  Feed(FlowControl::Software('B', 'A'),
+       }},
+      // 'A' and 'B' as the port's XOFF and XON: the usual control characters then pass as data.
+      {"XON B, XOFF A",
+       FlowControl::Software('B', 'A'),
        {
            {{kXoff, 'x', kXon}, {kXoff, 'x', kXon}, false},
            {{'A'}, {}, true},
            {{'z', 'B', 'y'}, {'z', 'y'}, false},
-       },
-       "XON B, XOFF A");
-}
-
-TEST(FlowControlTest, HardwareFlowPassesEveryByte) {
-  Feed(FlowControl::Hardware(),
-       {
-           {{kXoff, 0, kXon, 'A', 'B', 255}, {kXoff, 0, kXon, 'A', 'B', 255}, false},
-           {{kXoff}, {kXoff}, false},
-       },
-       "hardware");
+       }},
+      {"hardware",
+       FlowControl::Hardware(),
+       {{{kXoff, 0, kXon, 'A', 'B', 255}, {kXoff, 0, kXon, 'A', 'B', 255}, false}}},
+  };
+  for (Case c : cases) {
+    for (std::size_t i = 0; i < c.steps.size(); ++i) {
+      std::vector<std::uint8_t> data = c.steps[i].in;
+      const auto passed = c.flow.Filter(data);
+      EXPECT_EQ(std::vector<std::uint8_t>(passed.begin(), passed.end()), c.steps[i].passed)
+          << c.what << ", step " << i;
+      EXPECT_EQ(c.flow.paused(), c.steps[i].paused) << c.what << ", step " << i;
+    }
+  }
 }
 
 }  // namespace

@@ -44,12 +44,5 @@ TEST(PortSettingsTest, RecordsNoRelayCanRunOn) {
   }
 }
 
-TEST(PortSettingsTest, AnswerSetsOnlyTheLastByte) {
-  const Record in{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
-  const Record out = Answer(in, device::kStatusConnected);
-  EXPECT_EQ(out[11], 112);
-  EXPECT_TRUE(std::equal(in.begin(), in.end() - 1, out.begin()));
-}
-
 }  // namespace
 }  // namespace ketra::vspd
