@@ -14,7 +14,9 @@ set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
 # CTest runs the test programs under Wine. Debian's wine64 package puts its loader outside PATH.
+# The tests start, wait for and stop Wine's server themselves, with the wineserver beside it.
 find_program(KETRA_WINE64 NAMES wine64 wine PATHS /usr/lib/wine NO_CMAKE_FIND_ROOT_PATH)
+find_program(KETRA_WINESERVER NAMES wineserver PATHS /usr/lib/wine NO_CMAKE_FIND_ROOT_PATH)
 if(KETRA_WINE64)
   set(CMAKE_CROSSCOMPILING_EMULATOR ${KETRA_WINE64})
 endif()

@@ -64,7 +64,7 @@ def read_expected(path):
 class Machine:
     """Runs the programs: natively on a hive file, or under Wine on the prefix's registry."""
 
-    def __init__(self, tmp, wine=None, prefix=None):
+    def __init__(self, tmp, wine=None, wineserver=None, prefix=None):
         self.wine = wine
         self.env = None
         self.hive_args = ["--hive", os.path.join(tmp, "hive.db")]
@@ -75,7 +75,7 @@ class Machine:
             self.env.pop("DISPLAY", None)
             self.env.pop("WAYLAND_DISPLAY", None)
             shutil.copytree(prefix, self.env["WINEPREFIX"], symlinks=True)
-            self.wineserver = wineserver_of(wine)
+            self.wineserver = wineserver
             subprocess.run([self.wineserver, "-p"], env=self.env, check=True)
 
     def command(self, program, *args):
@@ -97,14 +97,6 @@ class Machine:
         if self.wine:
             subprocess.run([self.wineserver, "-k"], env=self.env)
             subprocess.run([self.wineserver, "-w"], env=self.env)
-
-
-def wineserver_of(wine):
-    here = os.path.dirname(os.path.realpath(wine))
-    for name in ("wineserver", "wineserver64"):
-        if os.path.exists(os.path.join(here, name)):
-            return os.path.join(here, name)
-    return shutil.which("wineserver") or "wineserver"
 
 
 def reg(tool, machine, *args):
@@ -150,6 +142,7 @@ def main():
     parser.add_argument("--session", required=True, help="the ketra-session executable")
     parser.add_argument("--reg", required=True, help="the ketra-reg executable")
     parser.add_argument("--wine", help="run the Windows programs with this Wine loader")
+    parser.add_argument("--wineserver", default="wineserver", help="that Wine's server program")
     parser.add_argument("--wine-prefix", help="a prepared Wine prefix, copied for the case")
     parser.add_argument("case", help="path prefix of the case's files")
     opts = parser.parse_args()
@@ -159,7 +152,7 @@ def main():
         sys.exit("--wine needs --wine-prefix")
 
     with tempfile.TemporaryDirectory(prefix="ketra-session-") as tmp:
-        machine = Machine(tmp, opts.wine, opts.wine_prefix)
+        machine = Machine(tmp, opts.wine, opts.wineserver, opts.wine_prefix)
         try:
             status = run_case(opts, case, machine, failures)
         finally:
