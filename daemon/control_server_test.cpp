@@ -129,13 +129,11 @@ class ControlServerTest : public ::testing::Test, public PortDirectory {
   std::unique_ptr<device::DeviceIo> device_;
 };
 
+// The answers a panel meets every day (112, 15, 113, 0, and 21 for a local port in use) are
+// checked end to end through ketra-session; here the ones it cannot easily provoke.
 TEST_F(ControlServerTest, ThePanelsCommandsGetTheirAnswers) {
   const std::uint16_t local = FreeLoopbackPort();
-  net::UdpSocket holder;
-  ASSERT_EQ(holder.Open({net::kLoopbackAddress, 0}), 0);
-  const std::uint16_t taken = holder.LocalEndpoint().port;
   const std::uint32_t connect = device::kIoctlVspConnect;
-  const std::uint32_t disconnect = device::kIoctlVspDisconnect;
   struct Step {
     std::string path;
     std::uint32_t code;
@@ -143,16 +141,10 @@ TEST_F(ControlServerTest, ThePanelsCommandsGetTheirAnswers) {
     int status;
   };
   const std::vector<Step> steps = {
-      {"\\\\.\\COM7\\p", disconnect, Record(local), 0},
-      {"\\\\.\\COM7", connect, Record(taken), 21},  // the local port is another socket's
-      {"\\\\.\\COM7", connect, Record(local), 112},
-      {"\\\\.\\COM7", connect, Record(local), 15},
-      {"\\\\.\\com7", connect, {}, 15},  // connected says so whatever the record
-      {"\\\\.\\COM7\\p", disconnect, {}, 113},
       {"\\\\.\\COM7", connect, {}, 87},  // twelve zero bytes: nothing to connect to
       {"\\\\.\\COM7", connect, Record(local, 2), 87},
       {"\\\\.\\COM7", connect, Record(local), 112},
-      {"\\\\.\\COM7\\p", disconnect, Record(local), 113},
+      {"\\\\.\\com7", connect, {}, 15},                 // connected says so whatever the record
       {"\\\\.\\COM8", connect, Record(local), -1},      // no such port
       {"\\\\.\\COM7\\x", connect, Record(local), -1},   // no such path
       {"\\\\.\\COM7", 0x80202008u, Record(local), -2},  // unknown control code

@@ -222,21 +222,15 @@ TEST_F(RelayTest, TheTerminalsXoffHoldsThePtyUntilItsXon) {
   EXPECT_EQ(Sent(), (std::vector<Bytes>{Text("123")}));
 }
 
+// That the bytes of a port nobody holds are counted and that a program opening it is seen are
+// checked end to end; here the way back to unheld, with a stopped terminal.
 TEST_F(RelayTest, NobodyHoldsThePortThenAProgramOpensItThenLeaves) {
   Make(false);
   Connect(true);
   EXPECT_FALSE(poller_.Interest(kPty)) << "an unheld master hangs up for ever";
-  FromTerminal(Text("lost"));
-  poller_.Fire(kSocket, kReadable);
-  EXPECT_TRUE(io_->to_program.empty());
-  EXPECT_EQ(port_->counters().unheld_bytes, 4u);
-
   io_->held = true;
   port_->ProgramMayHaveOpened();
   EXPECT_TRUE(port_->held());
-  FromTerminal(Text("seen"));
-  poller_.Fire(kSocket, kReadable);
-  EXPECT_EQ(io_->to_program, Text("seen"));
 
   // The program stops reading, the terminal is stopped, the program writes and leaves.
   io_->pty_room = 1;
@@ -250,7 +244,7 @@ TEST_F(RelayTest, NobodyHoldsThePortThenAProgramOpensItThenLeaves) {
   EXPECT_EQ(io_->freshened, 1);
   EXPECT_FALSE(poller_.Interest(kPty));
   EXPECT_EQ(Sent(), (std::vector<Bytes>{{kXoff}, Text("bye"), {kXon}}));
-  EXPECT_EQ(port_->counters().unheld_bytes, 4u + 4u) << "what waited for the program";
+  EXPECT_EQ(port_->counters().unheld_bytes, 4u) << "what waited for the program";
 }
 
 // A device left exclusive cannot be reopened by an unprivileged daemon (EBUSY): the port takes

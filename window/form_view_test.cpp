@@ -347,15 +347,13 @@ struct SessionRow {
   QStringList facts;
 };
 
+// What the engine makes of the steps is the session scripts' to check: each row takes its own
+// way through the window (mouse, keyboard, message boxes, pages, timers, the end).
 const SessionRow kSessionRows[] = {
     {"choose a port, edit, apply",
      R"(choose CMB_PORT "COM4"; type TXT_LOCPORT "3010"; click CMD_APPLY)",
      {},
      {R"("RemotePort":"3004","LocalPort":"3010")"}},
-    {"an edit not applied is lost on a port change",
-     R"(type TXT_LOCPORT "12"; choose CMB_PORT "COM4"; choose CMB_PORT "COM3"; click CMD_APPLY)",
-     {},
-     {R"("RemotePort":"3003","LocalPort":"3000")"}},
     {"numeric guard, backspace, paste",
      R"(type TXT_UDP "3a"; type TXT_UDP "45"; backspace TXT_UDP; paste TXT_UDP "9e9"; )"
      R"(click CMD_APPLY)",
@@ -364,12 +362,6 @@ const SessionRow kSessionRows[] = {
     {"bound guard on leaving, then a refused apply",
      R"(type TXT_IP1 "256"; tab; click CMD_APPLY)",
      {"Invalid Ip Address", "IP Address invalid"},
-     {}},
-    {"software flow with equal XON and XOFF",
-     R"(click OPT_SWF; type TXT_XON "x"; type TXT_XOFF "x"; tab; click CMD_APPLY; )"
-     R"(choose CMB_PORT "COM5")",
-     {"Please select distinct values for XON and XOFF", "XON or XOFF is Invalid",
-      "XON or XOFF is Invalid"},
      {}},
     // Disable takes the flow frame out of reach, with the look of what it holds unchanged.
     {"a disabled port keeps its fields out of reach",

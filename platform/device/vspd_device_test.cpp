@@ -86,23 +86,8 @@ Bytes Healthy(const std::optional<wire::Request>& request) {
 
 const std::uint8_t kInput[12] = {0x7F, 0, 0, 1, 0xBB, 0x0B, 0xB8, 0x0B, 1, 0x13, 0x11, 0};
 
-TEST(VspdDeviceTest, AnOpenCallAndCloseTravelAsOneConnection) {
-  FakeDaemon daemon(Healthy);
-  auto device = MakeVspdDevice(daemon.path(), 2000ms);
-  const Handle handle = device->CreateFile("\\\\.\\COM5", 0, 3, nullptr, 3, 0, 0);
-  ASSERT_NE(handle, kInvalidHandleValue);
-  std::uint8_t out[12] = {};
-  std::uint32_t returned = 0;
-  ASSERT_TRUE(device->DeviceIoControl(handle, kIoctlVspConnect, kInput, 12, out, 12, &returned));
-  EXPECT_EQ(returned, 12u);
-  EXPECT_EQ(out[11], 112);
-  EXPECT_EQ(out[0], 0x7F);
-  EXPECT_TRUE(device->CloseHandle(handle));
-  EXPECT_FALSE(device->CloseHandle(handle));
-  device.reset();
-}
-
-TEST(VspdDeviceTest, FailuresByWayOfTheDaemon) {
+// An open, a call and a close travel as one connection; what each failure of the daemon gives.
+TEST(VspdDeviceTest, CallsAndFailuresByWayOfTheDaemon) {
   struct Case {
     const char* what;
     FakeDaemon::Answer answer;
@@ -127,6 +112,7 @@ TEST(VspdDeviceTest, FailuresByWayOfTheDaemon) {
                : Healthy(r);
   };
   const std::vector<Case> cases = {
+      {"healthy", Healthy, true, true, 112},
       {"open refused", refuse_open, false, false, 0},
       {"silent daemon times out as Status 19", silent_call, true, true, kStatusTimedOut},
       {"garbage answer", garbage_call, true, false, 0},
@@ -134,7 +120,7 @@ TEST(VspdDeviceTest, FailuresByWayOfTheDaemon) {
   };
   for (const auto& c : cases) {
     FakeDaemon daemon(c.answer);
-    auto device = MakeVspdDevice(daemon.path(), 200ms);
+    auto device = MakeVspdDevice(daemon.path(), c.status == kStatusTimedOut ? 200ms : 2000ms);
     const Handle handle = device->CreateFile("\\\\.\\COM5", 0, 3, nullptr, 3, 0, 0);
     EXPECT_EQ(handle != kInvalidHandleValue, c.open_ok) << c.what;
     if (handle == kInvalidHandleValue) continue;
@@ -143,11 +129,14 @@ TEST(VspdDeviceTest, FailuresByWayOfTheDaemon) {
     EXPECT_EQ(device->DeviceIoControl(handle, kIoctlVspConnect, kInput, 12, out, 12, &returned),
               c.call_ok)
         << c.what;
-    if (c.call_ok)
+    if (c.call_ok) {
+      EXPECT_EQ(returned, 12u) << c.what;
       EXPECT_EQ(out[11], c.status) << c.what;
-    else
+    } else {
       EXPECT_EQ(out[0], 0xEE) << c.what << ": output written on failure";
+    }
     device->CloseHandle(handle);
+    EXPECT_FALSE(device->CloseHandle(handle)) << c.what << ": closed twice";
   }
 }
 

