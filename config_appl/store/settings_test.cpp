@@ -43,17 +43,15 @@ struct StoredForm {
 };
 
 TEST(CreateConfigFile2, PortTextsAreStoredAsTheirLeadingNumber) {
-  const std::vector<StoredForm> cases = {{"03000", "3000"}, {"3000 ", "3000"}, {"", "0"},
-                                         {"12ab", "12"},    {"1e3", "1000"},   {"1.5", "1.5"},
-                                         {"-1", "-1"},      {"9e15", "9E+15"}};
+  const std::vector<StoredForm> cases = {
+      {"03000", "3000"}, {"", "0"}, {"12ab", "12"}, {"1.5", "1.5"}, {"9e15", "9E+15"}};
   for (const StoredForm& c : cases) {
     EXPECT_EQ(StoredPortNumber(c.field_text), c.stored) << c.field_text;
   }
 }
 
 TEST(CreateConfigFile2, AddressesAreStoredAsSignedNumbers) {
-  const std::vector<StoredForm> cases = {{"192.168.1.35", "587311296"},
-                                         {"192.168.1.200", "-939415360"},
+  const std::vector<StoredForm> cases = {{"192.168.1.200", "-939415360"},
                                          {"255.255.255.255", "-1"},
                                          {"no address", "-1"},
                                          {"192.168.1.010", "134326464"}};
