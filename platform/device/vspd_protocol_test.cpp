@@ -17,28 +17,8 @@ Bytes Msg(std::uint8_t kind, Bytes payload = {}) {
 
 Bytes Text(std::string_view text) { return Bytes(text.begin(), text.end()); }
 
-TEST(VspdProtocolTest, RequestsSurviveTheRoundTripWithTheExactBytes) {
-  const Record record{0x7F, 0, 0, 1, 0xBB, 0x0B, 0xB8, 0x0B, 1, 0x13, 0x11, 0};
-  struct Case {
-    Request request;
-    Bytes bytes;
-  };
-  const std::vector<Case> cases = {
-      {OpenRequest{"\\\\.\\COM5"}, Msg(1, Text("\\\\.\\COM5"))},
-      {IoctlRequest{0x80202000u, record},
-       Msg(2, {0x00, 0x20, 0x20, 0x80, 0x7F, 0, 0, 1, 0xBB, 0x0B, 0xB8, 0x0B, 1, 0x13, 0x11, 0})},
-      {CloseRequest{}, Msg(3)},
-      {StatusRequest{}, Msg(4)},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(EncodeRequest(c.request), c.bytes);
-    ParseError error = ParseError::kNone;
-    const auto parsed = ParseRequest(c.bytes, &error);
-    ASSERT_TRUE(parsed.has_value()) << ParseErrorText(error);
-    EXPECT_EQ(*parsed, c.request);
-  }
-}
-
+// The exact bytes of the requests are pinned by the daemon's end-to-end run, whose own client
+// speaks the wire format independently.
 TEST(VspdProtocolTest, RepliesSurviveTheRoundTrip) {
   Record out{};
   out[11] = 112;
