@@ -99,15 +99,11 @@ TEST_P(InetTest, AddrNoAddressGivesAllBitsSet) {
                            "1,2,3,4",
                            "localhost",
                            "  ",
-                           "   ",
                            "\t",
                            "\n",
-                           " \t",
                            "08",
-                           "09",
                            "019",
                            "192.168.001.009",
-                           "1.2.3.018",
                            "0x8.09"}) {
     EXPECT_EQ(GetParam().addr(text), kInaddrNone) << '"' << text << '"';
   }
