@@ -423,6 +423,7 @@ TEST_F(FormTest, NotificationsRunInsideTheAssignmentThatRaisedThem) {
             "Combo.Click TxtFree.Change(1x) TxtFree.Change() after TxtFree=|");
 }
 
+// Each reason alone is the refusals session's; here which one speaks when several apply.
 TEST_F(FormTest, ReachNamesTheNearestReasonFirst) {
   struct Case {
     std::string_view setup;
@@ -431,15 +432,12 @@ TEST_F(FormTest, ReachNamesTheNearestReasonFirst) {
   };
   const Case cases[] = {
       {"", "TxtA", Refusal::kNone},
-      {"", "HiddenBtn", Refusal::kHidden},
-      {"", "OffTxt", Refusal::kDisabled},
       {"disable HiddenBtn", "HiddenBtn", Refusal::kHidden},  // hidden before disabled
       {"disable PageA", "OffTxt", Refusal::kDisabled},       // own state before the container's
       {"disable GroupA", "TxtA", Refusal::kDisabledContainer},
       {"hide GroupA", "TxtA", Refusal::kHidden},
       {"hide GroupA; disable GroupA", "TxtA", Refusal::kDisabledContainer},
       {"hide GroupA; disable PageA", "TxtA", Refusal::kHidden},  // the nearest container first
-      {"", "TxtB", Refusal::kPageNotShown},
       {"", "PageB", Refusal::kPageNotShown},
       {"disable GroupA; page 1", "TxtA", Refusal::kDisabledContainer},
       {"page 1", "OptA1", Refusal::kPageNotShown},  // deep on a page not shown
