@@ -1,6 +1,8 @@
 #include "config_appl/model/read_registry.h"
 
+#include <charconv>
 #include <cstdint>
+#include <iterator>
 #include <string>
 
 #include "platform/registry/registry.h"
@@ -32,11 +34,15 @@ void ReadRegistry(Program& p) {
   // previous value's length, and the buffer of that many NULs then fails the test below.
   std::uint32_t value_length = 0;
   int next_row = 0;
-  std::string value_name;
+  // The scan asks for 20,000 values; the name is rewritten in place behind its fixed prefix.
+  constexpr std::string_view kValuePrefix = "\\Device\\TesSerial";
+  std::string value_name(kValuePrefix);
   std::string value_text;
   for (int device = 0; device <= 9999; ++device) {
-    value_name = "\\Device\\TesSerial";
-    value_name += std::to_string(device);
+    char digits[8];
+    char* end = std::to_chars(std::begin(digits), std::end(digits), device).ptr;
+    value_name.resize(kValuePrefix.size());
+    value_name.append(digits, end);
     std::uint32_t type = registry::kRegSz;
     reg.QueryValueEx(serialcomm, value_name, &type, nullptr, &value_length);
     value_text.assign(value_length, '\0');

@@ -89,7 +89,7 @@ std::string FoldName(std::string_view name) {
   return folded;
 }
 
-bool SplitKeyPath(std::string_view path, std::vector<std::string>* parts) {
+bool SplitKeyPath(std::string_view path, std::vector<std::string_view>* parts) {
   parts->clear();
   // A path may not begin with a backslash; behind the first part, a run of backslashes
   // separates like one and a trailing one ends nothing, as the platform's registry reads them.
@@ -98,7 +98,7 @@ bool SplitKeyPath(std::string_view path, std::vector<std::string>* parts) {
   while (start < path.size()) {
     std::size_t end = path.find('\\', start);
     if (end == std::string_view::npos) end = path.size();
-    if (end > start) parts->emplace_back(path.substr(start, end - start));
+    if (end > start) parts->push_back(path.substr(start, end - start));
     start = end + 1;
   }
   return true;

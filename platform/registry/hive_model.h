@@ -41,8 +41,8 @@ struct FoldedNameEqual {
 
 // Splits a key path at backslashes. False when the path begins with a backslash; behind that a
 // doubled backslash counts as one and a trailing one is dropped ("A\\\\B\\" is A, B). An empty
-// path gives no parts.
-bool SplitKeyPath(std::string_view path, std::vector<std::string>* parts);
+// path gives no parts. The parts are views into `path`: a lookup copies no name.
+bool SplitKeyPath(std::string_view path, std::vector<std::string_view>* parts);
 
 struct HiveValue {
   std::string name;

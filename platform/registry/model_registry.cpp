@@ -77,7 +77,7 @@ Status ModelRegistry::Child(KeyId parent, const std::string& folded, KeyId* chil
 }
 
 Status ModelRegistry::Walk(KeyId* id) {
-  for (const std::string& part : parts_) {
+  for (std::string_view part : parts_) {
     FoldNameInto(part, &folded_);
     Status status = Child(*id, folded_, id);
     if (status != kErrorSuccess) return status;
@@ -119,21 +119,20 @@ Status ModelRegistry::CreateKeyEx(HKey parent, std::string_view sub_key, std::ui
   // A create asks for write access, which a read-only store cannot give even for a key that
   // exists.
   if (store_ && !store_->Writable()) return kErrorAccessDenied;
-  std::vector<std::string> parts;
-  if (!SplitKeyPath(sub_key, &parts)) return kErrorInvalidParameter;
+  if (!SplitKeyPath(sub_key, &parts_)) return kErrorInvalidParameter;
   std::size_t level = 0;
-  for (; level < parts.size(); ++level) {
-    FoldNameInto(parts[level], &folded_);
+  for (; level < parts_.size(); ++level) {
+    FoldNameInto(parts_[level], &folded_);
     KeyId child = 0;
     status = Child(id, folded_, &child);
     if (status != kErrorSuccess) return status;
     if (child == 0) break;
     id = child;
   }
-  const bool created = level < parts.size();
+  const bool created = level < parts_.size();
   if (created) {
-    std::vector<std::string> missing(parts.begin() + static_cast<std::ptrdiff_t>(level),
-                                     parts.end());
+    std::vector<std::string> missing(parts_.begin() + static_cast<std::ptrdiff_t>(level),
+                                     parts_.end());
     std::vector<KeyId> ids;
     if (store_) {
       status = store_->CreateKeys(id, missing, &ids);

@@ -103,8 +103,10 @@ class ModelRegistry : public Registry, public BatchWriter {
   std::vector<KeyId> handles_;
   KeyId next_memory_id_ = kRootKeyId + 1;  // ids of keys when there is no store
   std::optional<HiveModel> batch_undo_;    // the model as it was at BeginBatch
-  std::string folded_;                     // scratch space, so a lookup allocates nothing
-  std::vector<std::string> parts_;
+  // Scratch space, so that a lookup allocates nothing: the folded form of the name at hand, and
+  // the parts of the key path at hand (views into the caller's path, valid during one call).
+  std::string folded_;
+  std::vector<std::string_view> parts_;
 };
 
 }  // namespace ketra::registry
