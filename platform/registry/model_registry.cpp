@@ -307,7 +307,7 @@ Status ModelRegistry::DeleteTree(HKey parent, std::string_view sub_key) {
 }
 
 Status ModelRegistry::BeginBatch() {
-  if (batch_undo_) return kErrorInvalidParameter;
+  if (in_batch_) return kErrorInvalidParameter;
   if (store_) {
     // The model is read under the batch's lock, so the batch builds on what is really there.
     Status status = store_->Begin();
@@ -318,32 +318,43 @@ Status ModelRegistry::BeginBatch() {
       return status;
     }
     loaded_ = true;
+  } else {
+    batch_undo_ = model_;
   }
-  batch_undo_ = model_;
+  in_batch_ = true;
   return kErrorSuccess;
 }
 
+void ModelRegistry::UndoBatch() {
+  in_batch_ = false;
+  if (store_) {
+    store_->Rollback();
+    // The store is as it was at BeginBatch, the model may hold the batch's writes: drop it, to be
+    // read again as it is used.
+    model_.Forget();
+    Stale();
+    return;
+  }
+  model_ = std::move(*batch_undo_);
+  batch_undo_.reset();
+}
+
 Status ModelRegistry::CommitBatch() {
-  if (!batch_undo_) return kErrorInvalidParameter;
+  if (!in_batch_) return kErrorInvalidParameter;
   if (store_) {
     Status status = store_->Commit();
     if (status != kErrorSuccess) {
-      store_->Rollback();
-      model_ = std::move(*batch_undo_);
-      batch_undo_.reset();
-      Stale();
+      UndoBatch();
       return status;
     }
   }
+  in_batch_ = false;
   batch_undo_.reset();
   return kErrorSuccess;
 }
 
 void ModelRegistry::AbortBatch() {
-  if (!batch_undo_) return;
-  if (store_) store_->Rollback();
-  model_ = std::move(*batch_undo_);
-  batch_undo_.reset();
+  if (in_batch_) UndoBatch();
 }
 
 }  // namespace ketra::registry

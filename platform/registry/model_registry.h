@@ -79,7 +79,7 @@ class ModelRegistry : public Registry, public BatchWriter {
   Status BeginBatch() override;
   Status CommitBatch() override;
   void AbortBatch() override;
-  bool InBatch() const override { return batch_undo_.has_value(); }
+  bool InBatch() const override { return in_batch_; }
 
  private:
   // The key id behind a handle, or 0 for a handle that is not open.
@@ -95,6 +95,8 @@ class ModelRegistry : public Registry, public BatchWriter {
   HKey NewHandle(KeyId id);
   // After a failed write: the next call reads the store again.
   void Stale();
+  // Ends the batch with none of its writes, in the store or in the model.
+  void UndoBatch();
 
   std::unique_ptr<HiveStore> store_;
   HiveModel model_;
@@ -102,7 +104,10 @@ class ModelRegistry : public Registry, public BatchWriter {
   // Slot i holds the key id of handle i + 1; 0 marks a free slot.
   std::vector<KeyId> handles_;
   KeyId next_memory_id_ = kRootKeyId + 1;  // ids of keys when there is no store
-  std::optional<HiveModel> batch_undo_;    // the model as it was at BeginBatch
+  bool in_batch_ = false;
+  // Without a store, the model as it was at BeginBatch. A store's batch needs no copy: the store
+  // rolls back, and the model is then read from it again.
+  std::optional<HiveModel> batch_undo_;
   // Scratch space, so that a lookup allocates nothing: the folded form of the name at hand, and
   // the parts of the key path at hand (views into the caller's path, valid during one call).
   std::string folded_;

@@ -334,13 +334,25 @@ TYPED_TEST(RegistryTest, AnAbortedBatchLeavesNothingAndACommittedOneAll) {
   auto* batch = dynamic_cast<BatchWriter*>(&reg);
   ASSERT_NE(batch, nullptr);
   ASSERT_EQ(SetText(reg, "Software\\Keep", "A", "1"), kErrorSuccess);
-  ASSERT_EQ(batch->BeginBatch(), kErrorSuccess);
-  EXPECT_EQ(SetText(reg, "Software\\Keep", "A", "2"), kErrorSuccess);
-  EXPECT_EQ(SetText(reg, "Software\\Gone", "B", "3"), kErrorSuccess);
-  ASSERT_EQ(reg.DeleteTree(kHKeyLocalMachine, "Software\\Keep"), kErrorSuccess);
-  batch->AbortBatch();
-  EXPECT_EQ(this->Subkeys(this->Open("Software")), Names{"Keep"});
-  EXPECT_EQ(GetText(reg, "Software\\Keep", "A"), "1");
+  const HKey held = this->Open("Software\\Keep");
+  // Once with value writes alone, once with a deleted tree too: a handle opened before the batch
+  // reads none of its writes, before any other call looks.
+  for (const bool delete_tree : {false, true}) {
+    ASSERT_EQ(batch->BeginBatch(), kErrorSuccess);
+    EXPECT_EQ(SetText(reg, "Software\\Keep", "A", "2"), kErrorSuccess);
+    EXPECT_EQ(SetText(reg, "Software\\Gone", "B", "3"), kErrorSuccess);
+    if (delete_tree) {
+      ASSERT_EQ(reg.DeleteTree(kHKeyLocalMachine, "Software\\Keep"), kErrorSuccess);
+    }
+    batch->AbortBatch();
+    char text[8] = {};
+    std::uint32_t length = sizeof text;
+    EXPECT_EQ(reg.QueryValueEx(held, "A", nullptr, reinterpret_cast<std::uint8_t*>(text), &length),
+              kErrorSuccess);
+    EXPECT_STREQ(text, "1") << delete_tree;
+    EXPECT_EQ(this->Subkeys(this->Open("Software")), Names{"Keep"}) << delete_tree;
+    EXPECT_EQ(GetText(reg, "Software\\Keep", "A"), "1") << delete_tree;
+  }
 
   ASSERT_EQ(batch->BeginBatch(), kErrorSuccess);
   EXPECT_NE(batch->BeginBatch(), kErrorSuccess);
