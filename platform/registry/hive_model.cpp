@@ -49,10 +49,20 @@ std::size_t FoldedNameHash::operator()(std::string_view name) const {
   // pairs, such as '@' and '`', which only share a hash), at one operation a word.
   constexpr std::uint64_t kCaseBits = 0x2020202020202020;
   std::uint64_t hash = name.size() * 0x9E3779B97F4A7C15u;
-  for (std::size_t at = 0; at < name.size(); at += 8) {
-    hash = (hash ^ (WordAt(name, at) | kCaseBits)) * 0xFF51AFD7ED558CCDu;
+  const auto mix = [&hash](std::uint64_t word) {
+    hash = (hash ^ (word | kCaseBits)) * 0xFF51AFD7ED558CCDu;
     hash ^= hash >> 32;
+  };
+  if (name.size() < 8) {
+    mix(WordAt(name, 0));
+    return static_cast<std::size_t>(hash);
   }
+  // Whole words, then the last eight bytes, which overlap the word before them unless the size
+  // is a multiple of eight: the same number of steps as WordAt's, without its branches, for the
+  // 40,000 look-ups of a start.
+  std::size_t at = 0;
+  for (; at + 8 < name.size(); at += 8) mix(Load8(name.data() + at));
+  mix(Load8(name.data() + name.size() - 8));
   return static_cast<std::size_t>(hash);
 }
 
@@ -126,11 +136,9 @@ const HiveKey* HiveModel::Find(KeyId id) const {
   return it == keys_.end() ? nullptr : &it->second;
 }
 
-KeyId HiveModel::Child(KeyId parent, const std::string& folded) const {
-  const HiveKey* key = Find(parent);
-  if (key == nullptr) return 0;
-  auto it = key->children.find(folded);
-  return it == key->children.end() ? 0 : it->second;
+KeyId HiveModel::ChildOf(const HiveKey& key, const std::string& folded) {
+  auto it = key.children.find(folded);
+  return it == key.children.end() ? 0 : it->second;
 }
 
 void HiveModel::AddKey(KeyId id, KeyId parent, std::string name) {

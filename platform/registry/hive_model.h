@@ -74,8 +74,8 @@ class HiveModel {
 
   HiveKey* Find(KeyId id);
   const HiveKey* Find(KeyId id) const;
-  // The child of `parent` with the folded name, or 0.
-  KeyId Child(KeyId parent, const std::string& folded) const;
+  // The child of `key` with the folded name, or 0.
+  static KeyId ChildOf(const HiveKey& key, const std::string& folded);
 
   // Adds a new, empty key under an existing parent.
   void AddKey(KeyId id, KeyId parent, std::string name);

@@ -41,7 +41,13 @@ Status ModelRegistry::Resolve(HKey handle, bool refresh, bool for_write, HiveKey
 }
 
 Status ModelRegistry::Ensure(KeyId id, HiveKey** key) {
+  // Nearly every call finds the key with its values; reading them is kept out of this path.
   *key = model_.Find(id);
+  if (*key != nullptr && (*key)->values_known) return kErrorSuccess;
+  return ReadKey(id, key);
+}
+
+Status ModelRegistry::ReadKey(KeyId id, HiveKey** key) {
   if (!store_) return *key == nullptr ? kErrorKeyDeleted : kErrorSuccess;
   if (*key == nullptr) {
     // A handle opened before the model was last dropped.
@@ -62,8 +68,8 @@ Status ModelRegistry::Ensure(KeyId id, HiveKey** key) {
 }
 
 Status ModelRegistry::Child(KeyId parent, const std::string& folded, KeyId* child) {
-  *child = model_.Child(parent, folded);
   const HiveKey* key = model_.Find(parent);
+  *child = key == nullptr ? 0 : HiveModel::ChildOf(*key, folded);
   if (*child != 0 || !store_ || key == nullptr || key->children_known) return kErrorSuccess;
   std::string name;
   Status status = store_->ReadChild(parent, folded, child, &name);

@@ -88,6 +88,8 @@ class ModelRegistry : public Registry, public BatchWriter {
   Status Resolve(HKey handle, bool refresh, bool for_write, HiveKey** key, KeyId* id);
   // The key `id` with its values, read from the store where the model lacks them.
   Status Ensure(KeyId id, HiveKey** key);
+  // Ensure's reads from the store, for `*key` as the model has it (nullptr when it has not).
+  Status ReadKey(KeyId id, HiveKey** key);
   // The child of `parent` with the folded name: 0 with kErrorSuccess when there is none.
   Status Child(KeyId parent, const std::string& folded, KeyId* child);
   // Walks `parts_` down from `id`.

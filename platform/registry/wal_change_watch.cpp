@@ -1,16 +1,16 @@
 #include "platform/registry/wal_change_watch.h"
 
 #include <atomic>
-#include <cstring>
+#include <tuple>
 
 namespace ketra::registry {
 namespace {
 
 constexpr std::uint32_t kWalIndexVersion = 3007000;  // the only version SQLite has written
 constexpr int kWalIndexPageSize = 32768;             // the size SQLite maps the shm in
-constexpr std::size_t kHeaderBytes = 48;
+constexpr std::size_t kHeaderWords = std::tuple_size_v<WalChangeWatch::Header>;
 constexpr std::size_t kChangeCounter = 2;  // word index of iChange
-constexpr std::size_t kIsInitByte = 12;
+constexpr std::size_t kIsInitByte = 12;    // byte index of isInit
 
 }  // namespace
 
@@ -28,15 +28,18 @@ bool WalChangeWatch::Read(sqlite3* db, Header* header) {
     return false;
   }
   // SQLite keeps two copies of the header and writes the second first; a reader that sees the
-  // two equal has seen one consistent header.
-  const auto* bytes = static_cast<const volatile unsigned char*>(region);
-  unsigned char first[kHeaderBytes];
-  unsigned char second[kHeaderBytes];
-  for (std::size_t i = 0; i < kHeaderBytes; ++i) first[i] = bytes[i];
+  // two equal has seen one consistent header. The region is page-aligned and the header is words,
+  // so it is read a word at a time.
+  const auto* words = static_cast<const volatile std::uint32_t*>(region);
+  Header first;
+  Header second;
+  for (std::size_t i = 0; i < kHeaderWords; ++i) first[i] = words[i];
   std::atomic_thread_fence(std::memory_order_acquire);
-  for (std::size_t i = 0; i < kHeaderBytes; ++i) second[i] = bytes[kHeaderBytes + i];
-  if (std::memcmp(first, second, kHeaderBytes) != 0 || first[kIsInitByte] == 0) return false;
-  std::memcpy(header->data(), first, kHeaderBytes);
+  for (std::size_t i = 0; i < kHeaderWords; ++i) second[i] = words[kHeaderWords + i];
+  if (first != second || reinterpret_cast<const unsigned char*>(first.data())[kIsInitByte] == 0) {
+    return false;
+  }
+  *header = first;
   return (*header)[0] == kWalIndexVersion;
 }
 
