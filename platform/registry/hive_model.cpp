@@ -85,11 +85,18 @@ void FoldNameInto(std::string_view name, std::string* folded) {
     word = FoldWord(word);
     std::memcpy(out + i, &word, 8);
   }
-  if (i < name.size()) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, in + i, name.size() - i);
-    word = FoldWord(word);
-    std::memcpy(out + i, &word, name.size() - i);
+  if (i == name.size()) return;
+  if (name.size() >= 8) {
+    // The last eight bytes, some of them folded already: folding a byte again changes nothing,
+    // and one word costs less than copying a few bytes in and out of one.
+    const std::size_t last = name.size() - 8;
+    const std::uint64_t word = FoldWord(Load8(in + last));
+    std::memcpy(out + last, &word, 8);
+    return;
+  }
+  for (; i < name.size(); ++i) {
+    const char c = in[i];
+    out[i] = c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
   }
 }
 

@@ -167,6 +167,23 @@ TYPED_TEST(RegistryTest, NamesCompareWithoutCaseAndKeepTheirFirstCase) {
     }
   }
   EXPECT_EQ(this->Subkeys(this->Open("SOFTWARE\\TESSARON\\VSP")), Names{"Com3"});
+  // Key names fold the same way, shorter and longer than eight bytes.
+  this->Create("Software\\x@[y`{z");
+  this->Create("Software\\Mixed@[`{Case");
+  const std::pair<const char*, Status> opens[] = {
+      {"SOFTWARE\\X@[Y`{Z", kErrorSuccess},
+      {"software\\x@[y`{z", kErrorSuccess},
+      {"Software\\x`{y@[z", kErrorFileNotFound},
+      {"SOFTWARE\\MIXED@[`{CASE", kErrorSuccess},
+      {"software\\mixed@[`{case", kErrorSuccess},
+      {"Software\\Mixed`{@[Case", kErrorFileNotFound},
+      {"Software\\Mixed@[`{Cas", kErrorFileNotFound},
+  };
+  for (const auto& [path, status] : opens) {
+    HKey opened = 0;
+    EXPECT_EQ(reg.OpenKey(kHKeyLocalMachine, path, &opened), status) << path;
+    reg.CloseKey(opened);
+  }
 }
 
 TYPED_TEST(RegistryTest, ValuesKeepCreationOrderAndAReplacedValueItsPlace) {
