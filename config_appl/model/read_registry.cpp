@@ -2,7 +2,6 @@
 
 #include <charconv>
 #include <cstdint>
-#include <iterator>
 #include <string>
 
 #include "platform/registry/registry.h"
@@ -36,13 +35,14 @@ void ReadRegistry(Program& p) {
   int next_row = 0;
   // The scan asks for 20,000 values; the name is rewritten in place behind its fixed prefix.
   constexpr std::string_view kValuePrefix = "\\Device\\TesSerial";
+  constexpr std::size_t kMaxDigits = 4;  // of the device numbers 0 to 9999
   std::string value_name(kValuePrefix);
   std::string value_text;
   for (int device = 0; device <= 9999; ++device) {
-    char digits[8];
-    char* end = std::to_chars(std::begin(digits), std::end(digits), device).ptr;
-    value_name.resize(kValuePrefix.size());
-    value_name.append(digits, end);
+    value_name.resize(kValuePrefix.size() + kMaxDigits);
+    char* digits = value_name.data() + kValuePrefix.size();
+    char* end = std::to_chars(digits, digits + kMaxDigits, device).ptr;
+    value_name.resize(static_cast<std::size_t>(end - value_name.data()));
     std::uint32_t type = registry::kRegSz;
     reg.QueryValueEx(serialcomm, value_name, &type, nullptr, &value_length);
     value_text.assign(value_length, '\0');
