@@ -10,7 +10,12 @@ UDP -> pty (at most 64 KB in flight, so nothing is lost), and ROUNDS 1-byte echo
 medians with min-max over the runs of MB/s each way, echo round-trip latency, and the bridge's
 CPU (all threads, from /proc/PID/task/*/schedstat) per MB and per echo round; then the ratios the goals name.
 
+With --cpus B,D the bridge runs on CPU B and the far ends on CPU D. Unpinned, the scheduler
+sometimes puts both on one CPU, and on a small machine that alone moves a run's UDP->pty figure by
+a quarter, whichever the peer: pinned, the peers are compared at the same placement.
+
 usage: vspd_peers_bench.py BIN_DIR PEER_DIR [--runs 5] [--megabytes 32] [--rounds 5000]
+                           [--cpus B,D]
 """
 import argparse
 import os
@@ -45,6 +50,11 @@ def free_port():
     return port
 
 
+def on_cpu(cpu):
+    """A preexec_fn that keeps the child on `cpu` (None: wherever the scheduler puts it)."""
+    return None if cpu is None else (lambda: os.sched_setaffinity(0, {cpu}))
+
+
 def wait_for(predicate, seconds=10):
     deadline = time.monotonic() + seconds
     while time.monotonic() < deadline:
@@ -64,7 +74,8 @@ class Bridge:
             self.process = subprocess.Popen(
                 [os.path.join(args.bin, "ketra-vspd"), "run", "--hive", work + "/hive.db",
                  "--socket", work + "/s", "--link-dir", work + "/dev", "--ports", "COM3",
-                 "--bind-address", "127.0.0.1"], stderr=subprocess.DEVNULL)
+                 "--bind-address", "127.0.0.1"], stderr=subprocess.DEVNULL,
+                preexec_fn=on_cpu(args.bridge_cpu))
             wait_for(lambda: os.path.exists(work + "/s"))
             status = e2e.raw_command(work + "/s", "COM3", 0x80202000,
                                      e2e.record(self.port, self.terminal))
@@ -73,13 +84,13 @@ class Bridge:
         elif kind == "min_bridge":
             self.process = subprocess.Popen(
                 [os.path.join(args.peers, "min_bridge"), str(self.port), str(self.terminal)],
-                stdout=subprocess.PIPE, text=True)
+                stdout=subprocess.PIPE, text=True, preexec_fn=on_cpu(args.bridge_cpu))
             self.pty = self.process.stdout.readline().strip()
         elif kind == "socat":
             self.process = subprocess.Popen(
                 ["socat", "PTY,raw,echo=0,link=%s/pty" % work,
                  "UDP:127.0.0.1:%d,bind=127.0.0.1:%d" % (self.terminal, self.port)],
-                stderr=subprocess.DEVNULL)
+                stderr=subprocess.DEVNULL, preexec_fn=on_cpu(args.bridge_cpu))
             wait_for(lambda: os.path.exists(work + "/pty"))
             self.pty = work + "/pty"
         elif kind == "ser2net":
@@ -96,7 +107,8 @@ class Bridge:
                              "    kickolduser: true\n" % (self.port, path))
             self.process = subprocess.Popen(["ser2net", "-n", "-c", work + "/ser2net.yaml",
                                              "-P", work + "/ser2net.pid"],
-                                            stderr=subprocess.DEVNULL)
+                                            stderr=subprocess.DEVNULL,
+                                            preexec_fn=on_cpu(args.bridge_cpu))
             time.sleep(0.3)
             # ser2net answers the last UDP sender and opens the device at the first datagram.
             prime = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
@@ -121,7 +133,7 @@ class Bridge:
                    str(self.port), str(amount)] + [str(x) for x in extra]
         before = cpu_seconds(self.process.pid)
         done = subprocess.run(command, capture_output=True, text=True, pass_fds=self.pass_fds,
-                              timeout=300)
+                              timeout=300, preexec_fn=on_cpu(args.driver_cpu))
         cpu = cpu_seconds(self.process.pid) - before
         result = dict(item.split("=") for item in done.stdout.split())
         return {k: float(v) for k, v in result.items()}, cpu
@@ -146,7 +158,10 @@ def main():
     parser.add_argument("--rounds", type=int, default=5000)
     parser.add_argument("--peer", action="append",
                         default=None, help="only these peers (repeatable)")
+    parser.add_argument("--cpus", help="BRIDGE_CPU,DRIVER_CPU: pin the bridge and the far ends")
     args = parser.parse_args()
+    args.bridge_cpu, args.driver_cpu = (
+        [int(cpu) for cpu in args.cpus.split(",")] if args.cpus else (None, None))
     kinds = args.peer or ["ketra-vspd", "min_bridge", "socat"] + (
         ["ser2net"] if shutil.which("ser2net") else [])
     size = args.megabytes << 20
@@ -172,8 +187,10 @@ def main():
                     bridge.close()
         print("run %d of %d done" % (run + 1, args.runs), file=sys.stderr)
 
-    print("%d runs alternated, %d MB each way, %d echo rounds; median [min - max]" %
-          (args.runs, args.megabytes, args.rounds))
+    print("%d runs alternated, %d MB each way, %d echo rounds, %s; median [min - max]" %
+          (args.runs, args.megabytes, args.rounds,
+           "bridge on CPU %d, far ends on CPU %d" % (args.bridge_cpu, args.driver_cpu)
+           if args.cpus else "unpinned"))
     print("%-11s %-31s %-31s %-31s %-31s %-31s %-31s %s" % (
         "peer", "pty->UDP MB/s", "UDP->pty MB/s", "echo us", "CPU ms/MB up", "CPU ms/MB down",
         "CPU us/echo", "bytes lost"))
