@@ -226,11 +226,12 @@ void VirtualPort::RelayFromSocket() {
     std::uint32_t dropped = 0;
     const long got = io_->ReceiveFrom(buffer_, &from, &dropped);
     counters_.dropped_datagrams = std::max(counters_.dropped_datagrams, dropped_before_ + dropped);
-    if (got < 0) {
+    if (got == -EAGAIN) {
       // Everything the terminal sent has gone into the pty: it may send again.
-      if (got == -EAGAIN && stopped_terminal_) SendFlowCharacter(flow_.xon());
+      if (stopped_terminal_) SendFlowCharacter(flow_.xon());
       return;
     }
+    if (got < 0) break;  // an error the socket reports once; whether more waits is asked below
     if (from != settings_->remote) {
       ++counters_.stranger_datagrams;
       counters_.stranger_bytes += static_cast<std::uint64_t>(got);
@@ -256,8 +257,8 @@ void VirtualPort::RelayFromSocket() {
       return;
     }
   }
-  // The round ended before the socket said EAGAIN. A stopped terminal sends nothing more that
-  // could wake the port for its XON, so whether anything still waits is asked here.
+  // The rounds ran out, or a read failed, before the socket said EAGAIN. A stopped terminal sends
+  // nothing more that could wake the port for its XON, so whether anything still waits is asked.
   if (stopped_terminal_ && !io_->DatagramWaiting()) {
     SendFlowCharacter(flow_.xon());
   }

@@ -166,27 +166,31 @@ TEST_F(RelayTest, AShortWriteKeepsTheRestAndHoldsTheSocket) {
 // With software flow the terminal is stopped while the pty is full, and started once everything
 // it sent has gone into the pty, however many datagrams it sent before it saw the XOFF: a port
 // that waited for a datagram a stopped terminal will never send would leave the line stopped.
+// A read that fails for another reason than EAGAIN (an error the socket reports once) must not
+// keep the XON back either.
 TEST_F(RelayTest, TheTerminalIsStoppedWhileThePtyIsFullAndStartedWhenAllWent) {
-  for (int behind = 0; behind <= 100; ++behind) {
-    SCOPED_TRACE(behind);
-    Make(true);
-    Connect(true);
-    io_->pty_room = 2;
-    FromTerminal(Text("first"));
-    Settle();
-    EXPECT_EQ(Sent(), (std::vector<Bytes>{{kXoff}}));
-    for (int i = 0; i < behind; ++i) FromTerminal({static_cast<std::uint8_t>('a' + i % 26)});
-    // Room for the rest of the first datagram only: no XON while more waits, no second XOFF.
-    io_->pty_room = 3;
-    Settle();
-    EXPECT_EQ(port_->stopped_terminal(), behind > 0);
-    EXPECT_EQ(Sent().size(), behind > 0 ? 1u : 2u);
-    io_->pty_room = FakePortIo::kUnlimited;
-    Settle();
-    EXPECT_EQ(io_->to_program.size(), 5u + static_cast<std::size_t>(behind));
-    EXPECT_EQ(Sent(), (std::vector<Bytes>{{kXoff}, {kXon}}));
-    EXPECT_FALSE(port_->stopped_terminal());
-  }
+  for (const int read_error : {0, ECONNREFUSED})
+    for (int behind = 0; behind <= 100; ++behind) {
+      SCOPED_TRACE(testing::Message() << "behind " << behind << ", read error " << read_error);
+      Make(true);
+      Connect(true);
+      io_->pty_room = 2;
+      FromTerminal(Text("first"));
+      Settle();
+      EXPECT_EQ(Sent(), (std::vector<Bytes>{{kXoff}}));
+      for (int i = 0; i < behind; ++i) FromTerminal({static_cast<std::uint8_t>('a' + i % 26)});
+      // Room for the rest of the first datagram only: no XON while more waits, no second XOFF.
+      io_->pty_room = 3;
+      Settle();
+      EXPECT_EQ(port_->stopped_terminal(), behind > 0);
+      EXPECT_EQ(Sent().size(), behind > 0 ? 1u : 2u);
+      io_->pty_room = FakePortIo::kUnlimited;
+      if (read_error != 0) io_->FailNext(Call::kReceiveFrom, read_error);
+      Settle();
+      EXPECT_EQ(io_->to_program.size(), 5u + static_cast<std::size_t>(behind));
+      EXPECT_EQ(Sent(), (std::vector<Bytes>{{kXoff}, {kXon}}));
+      EXPECT_FALSE(port_->stopped_terminal());
+    }
 }
 
 TEST_F(RelayTest, AnXoffThatFindsTheSendSideFullGoesWhenItEmpties) {
