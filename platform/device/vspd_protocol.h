@@ -30,6 +30,7 @@
 #include <vector>
 
 #include "platform/device/driver_contract.h"
+#include "platform/runtime/system_errors.h"
 
 namespace ketra::device::wire {
 
@@ -47,12 +48,12 @@ inline constexpr std::size_t kMaxMessageSize = kHeaderSize + kMaxStatusText;
 // Large enough for any request.
 inline constexpr std::size_t kMaxRequestSize = kHeaderSize + kMaxPathLength;
 
-inline constexpr std::uint32_t kErrorSuccess = 0;
-inline constexpr std::uint32_t kErrorInvalidFunction = 1;
-inline constexpr std::uint32_t kErrorFileNotFound = 2;
-inline constexpr std::uint32_t kErrorInvalidHandle = 6;
-inline constexpr std::uint32_t kErrorInvalidParameter = 87;
-inline constexpr std::uint32_t kErrorInvalidName = 123;
+using runtime::kErrorFileNotFound;
+using runtime::kErrorInvalidFunction;
+using runtime::kErrorInvalidHandle;
+using runtime::kErrorInvalidName;
+using runtime::kErrorInvalidParameter;
+using runtime::kErrorSuccess;
 
 using ::ketra::device::Record;
 

@@ -21,6 +21,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/runtime/system_errors.h"
+
 namespace ketra::registry {
 
 using HKey = std::uint32_t;
@@ -28,15 +30,15 @@ using Status = std::int32_t;
 
 inline constexpr HKey kHKeyLocalMachine = 0x80000002u;
 
-inline constexpr Status kErrorSuccess = 0;
-inline constexpr Status kErrorFileNotFound = 2;
-inline constexpr Status kErrorAccessDenied = 5;
-inline constexpr Status kErrorInvalidHandle = 6;
-inline constexpr Status kErrorInvalidParameter = 87;
-inline constexpr Status kErrorMoreData = 234;
-inline constexpr Status kErrorNoMoreItems = 259;
-inline constexpr Status kErrorBadDb = 1009;             // the hive file is not a hive
-inline constexpr Status kErrorRegistryIoFailed = 1016;  // the hive file cannot be read or written
+using runtime::kErrorAccessDenied;
+using runtime::kErrorBadDb;
+using runtime::kErrorFileNotFound;
+using runtime::kErrorInvalidHandle;
+using runtime::kErrorInvalidParameter;
+using runtime::kErrorMoreData;
+using runtime::kErrorNoMoreItems;
+using runtime::kErrorRegistryIoFailed;
+using runtime::kErrorSuccess;
 
 inline constexpr std::uint32_t kRegNone = 0;
 inline constexpr std::uint32_t kRegSz = 1;
