@@ -36,9 +36,17 @@ Rgb PixelAt(const std::vector<std::uint8_t>& file, int x, int y) {
 constexpr Rgb kBlack{0, 0, 0};
 constexpr Rgb kBackground{228, 227, 226};
 
-TEST(LampBitmaps, FilesHaveTheHeadersOfA19By22PictureOf24Bits) {
-  for (const Picture picture : {Picture::kGreen, Picture::kRed, Picture::kGrey}) {
-    const std::vector<std::uint8_t> file = LampBitmap(picture);
+// Each lamp is a 19 by 22 picture of 24 bits: a disc of its own fill in a black outline.
+TEST(LampBitmaps, EachIsABlackOutlinedDiscOfItsOwnFill) {
+  const struct {
+    Picture picture;
+    Rgb fill;
+  } cases[] = {{Picture::kGreen, {0, 255, 128}},
+               {Picture::kRed, {255, 0, 0}},
+               {Picture::kGrey, {200, 200, 200}}};
+  const std::vector<std::uint8_t> green = LampBitmap(Picture::kGreen);
+  for (const auto& c : cases) {
+    const std::vector<std::uint8_t> file = LampBitmap(c.picture);
     ASSERT_EQ(file.size(), 1374u);
     EXPECT_EQ(Le(file, 0, 2), 0x4D42u);  // "BM"
     // Offset, size and value of each header field; a positive height: rows bottom-up.
@@ -49,19 +57,6 @@ TEST(LampBitmaps, FilesHaveTheHeadersOfA19By22PictureOf24Bits) {
     for (int row = 0; row < 22; ++row) {  // the padding of every row is zero
       for (size_t pad = 57; pad < 60; ++pad) EXPECT_EQ(file[54 + row * 60 + pad], 0);
     }
-  }
-  EXPECT_TRUE(LampBitmap(Picture::kNone).empty());
-}
-
-TEST(LampBitmaps, ABlackOutlineOnTheBackgroundBoundsTheFill) {
-  const struct {
-    Picture picture;
-    Rgb fill;
-  } cases[] = {{Picture::kGreen, {0, 255, 128}},
-               {Picture::kRed, {255, 0, 0}},
-               {Picture::kGrey, {200, 200, 200}}};
-  for (const auto& c : cases) {
-    const std::vector<std::uint8_t> file = LampBitmap(c.picture);
     int left = 99, right = -1, top = 99, bottom = -1, fill = 0;
     for (int y = 0; y < 22; ++y) {
       for (int x = 0; x < 19; ++x) {
@@ -85,7 +80,6 @@ TEST(LampBitmaps, ABlackOutlineOnTheBackgroundBoundsTheFill) {
     EXPECT_EQ((std::array{left, right, top, bottom}), (std::array{1, 16, 3, 18}));
     EXPECT_GT(fill, 150);  // most of a disc of diameter 16
     // The pictures differ in their fill alone: headers and every other pixel are the green's.
-    const std::vector<std::uint8_t> green = LampBitmap(Picture::kGreen);
     EXPECT_TRUE(std::equal(file.begin(), file.begin() + 54, green.begin()));
     for (int y = 0; y < 22; ++y) {
       for (int x = 0; x < 19; ++x) {
@@ -102,6 +96,7 @@ TEST(LampBitmaps, ABlackOutlineOnTheBackgroundBoundsTheFill) {
       EXPECT_EQ(PixelAt(file, x, y), kBackground) << x << "," << y;
     }
   }
+  EXPECT_TRUE(LampBitmap(Picture::kNone).empty());
 }
 
 }  // namespace
