@@ -140,20 +140,6 @@ TEST(CreateConfigFile2, ASaveKilledAtAnyMomentLeavesTheStoreAsBeforeOrAfterIt) {
   EXPECT_EQ(mixed, 0);
 }
 
-TEST(ReadTheRegistry, AFirstRunStopsAtTheFirstXoff) {
-  ProgramFixture f;
-  Discover(f, 2);
-  EXPECT_THROW(ReadTheRegistry(f.p()), runtime::ConversionError);
-  EXPECT_EQ(f.row(0).Enabled, 0);
-  EXPECT_EQ(f.row(0).FlowControl, "1");
-  EXPECT_EQ(f.row(0).LocalPort, "");
-  EXPECT_EQ(f.row(0).RemotePort, "");
-  EXPECT_EQ(f.row(0).RemoteIP, "");
-  EXPECT_EQ(f.row(0).XOFF, 65);
-  EXPECT_EQ(f.row(1).FlowControl, "0");
-  EXPECT_EQ(f.p().decl().RegValue, "");
-}
-
 TEST(ReadTheRegistry, StopsAtAStoredByteOutOfRange) {
   ProgramFixture f;
   Discover(f, 2);

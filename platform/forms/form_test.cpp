@@ -269,9 +269,6 @@ TEST_F(FormTest, StepsRaiseTheirNotificationsInOrder) {
        "focus TxtA; click Btn; click Btn; click OptA2; ?OptA1; click OptA1; click OptA1",
        "TxtA.GotFocus TxtA.LostFocus Btn.GotFocus Btn.Click Btn.Click Btn.LostFocus OptA2.GotFocus "
        "OptA2.Click OptA1=off OptA2.LostFocus OptA1.GotFocus OptA1.Click"},
-      {"focus: LostFocus of the old, then GotFocus of the new",
-       "focus TxtA; focus TxtA; focus TxtFree; ?",
-       "TxtA.GotFocus TxtA.LostFocus TxtFree.GotFocus @TxtFree"},
       {"choose focuses the box, then selects and clicks even the selected entry",
        "item Combo COM3; item Combo COM4; focus TxtA; choose Combo COM4; ?Combo; choose Combo COM4",
        "TxtA.GotFocus TxtA.LostFocus Combo.GotFocus Combo.Click Combo=COM4#1 Combo.Click"},
