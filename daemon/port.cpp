@@ -96,14 +96,16 @@ std::uint8_t VirtualPort::Disconnect() {
 }
 
 void VirtualPort::OnPtyEvents(std::uint32_t events) {
+  const bool socket_held_back = !to_pty_.empty();
   if ((events & kWritable) != 0) FlushToPty();
   if ((events & (kReadable | kHangUp | kFault)) != 0) {
     const Drain drained = RelayFromPty();
     // A hang-up while reading is held back (XOFF, a full send side) is still the last close.
     if (drained == Drain::kGone || ((events & kHangUp) != 0 && !io_->Held())) ProgramGone();
   }
-  // The socket may have been held back for the pty; now that it drained, catch up.
-  if (connected() && to_pty_.empty()) RelayFromSocket();
+  // The socket was held back for the pty; now that it drained, catch up (and start a stopped
+  // terminal if nothing waits). Otherwise the socket is watched and speaks for itself.
+  if (socket_held_back && connected() && to_pty_.empty()) RelayFromSocket();
   UpdateInterest();
 }
 
