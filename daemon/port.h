@@ -1,7 +1,8 @@
 // One virtual port: its pty and link, and, while connected, the UDP socket on its local port and
 // the relay between the two. Bytes a program writes into the pty go to the remote endpoint in
 // datagrams (one per read, at most max_datagram bytes); datagrams from the remote endpoint come
-// out of the pty. Datagrams from any other sender are dropped and counted.
+// out of the pty, what is queued at once in one write. Datagrams from any other sender are
+// dropped and counted.
 //
 // Software flow works both ways: the terminal's XOFF stops the relay from the pty until its XON,
 // and when the pty backs up (the program reads slower than the terminal sends) the port sends
