@@ -24,7 +24,8 @@ int HexValue(char c) {
 
 // Physical lines joined into statements. In a value line, a line that ends in a backslash
 // outside quotes goes on in the next line (its leading blanks dropped), and a line end inside
-// quotes belongs to the text. Key lines and comments are one line each.
+// quotes belongs to the text as it stands, CR LF or LF: an exported text holding CR LF reads
+// back the same. Key lines and comments are one line each.
 struct Statement {
   int line = 0;
   std::string text;
@@ -41,7 +42,8 @@ std::vector<Statement> JoinLines(std::string_view file) {
     std::size_t end = file.find('\n', pos);
     std::string_view line = file.substr(pos, end == std::string_view::npos ? end : end - pos);
     pos = end == std::string_view::npos ? file.size() : end + 1;
-    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+    const bool crlf = !line.empty() && line.back() == '\r';
+    if (crlf) line.remove_suffix(1);
     ++line_number;
     if (!open) {
       current = Statement{line_number, {}};
@@ -78,6 +80,7 @@ std::vector<Statement> JoinLines(std::string_view file) {
       }
     }
     current.text += line;
+    if (in_quote && crlf) current.text += '\r';
     if (!open) statements.push_back(std::move(current));
   }
   if (open) statements.push_back(std::move(current));

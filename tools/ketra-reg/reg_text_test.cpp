@@ -95,6 +95,18 @@ TEST(RegTextTest, OnlyATextWithOneClosingNulIsWrittenAsText) {
   }
 }
 
+// Texts and names are written as they stand, line ends and all: each must read back as it was.
+TEST(RegTextTest, LineEndsInTextsAndNamesReadBackAsExported) {
+  for (const std::string text : {"a\nb", "a\r\nb", "a\r\r\nb", "a\rb", "\r\n"}) {
+    auto reg = registry::MakeMemoryRegistry();
+    PutValue(*reg, "K", text, registry::kRegSz, text + '\0');
+    const std::string exported = Export(*reg);
+    auto again = registry::MakeMemoryRegistry();
+    Import(*again, exported);
+    EXPECT_EQ(Export(*again), exported);
+  }
+}
+
 TEST(RegTextTest, ParsesEveryValueForm) {
   struct Case {
     std::string line;
@@ -164,7 +176,7 @@ TEST(RegTextTest, KeysCommentsLineEndsAndContinuations) {
   EXPECT_EQ(std::string(changes[1].data.begin(), changes[1].data.end()), "\x01\x02\x03\x04");
   EXPECT_EQ(changes[1].line, 5);
   EXPECT_EQ(std::string(changes[2].data.begin(), changes[2].data.end()),
-            std::string("two\nlines\0", 10));
+            std::string("two\r\nlines\0", 11));
   EXPECT_EQ(changes[2].line, 7);
   EXPECT_EQ(changes[3].kind, RegChange::Kind::kDeleteKey);
   EXPECT_EQ(changes[3].key, "Software\\Old");
