@@ -4,9 +4,9 @@
 
 #include <nlohmann/json.hpp>
 
-#include "config_appl/driver/driver_commands.h"
-#include "config_appl/driver/vsp_command.h"
-#include "config_appl/store/stored_port.h"
+#include "config_appl/port/driver_call.h"
+#include "config_appl/port/driver_record.h"
+#include "config_appl/port/stored_port.h"
 #include "daemon/port_settings.h"
 #include "daemon/status_report.h"
 #include "platform/device/vspd_device.h"

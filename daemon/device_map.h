@@ -11,12 +11,13 @@
 #include <string_view>
 #include <vector>
 
+#include "config_appl/port/device_map.h"
 #include "platform/registry/registry.h"
 
 namespace ketra::vspd {
 
-inline constexpr std::string_view kSerialCommKey = "HARDWARE\\DEVICEMAP\\SERIALCOMM";
-inline constexpr std::string_view kDeviceNamePrefix = "\\Device\\TesSerial";
+using ketra::kDeviceNamePrefix;  // the names are the port core's (config_appl/port/device_map.h)
+using ketra::kSerialCommKey;
 
 class DeviceMap {
  public:

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "config_appl/driver/vsp_command.h"
 #include "config_appl/model/program_fixture.h"
+#include "config_appl/port/driver_record.h"
 #include "platform/runtime/strings.h"
 
 namespace ketra {

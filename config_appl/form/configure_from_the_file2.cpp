@@ -4,8 +4,8 @@
 #include <string_view>
 #include <vector>
 
+#include "config_appl/port/address.h"
 #include "config_appl/store/registry_value.h"
-#include "config_appl/store/settings_save.h"
 #include "platform/runtime/conversions.h"
 
 namespace ketra {
@@ -45,7 +45,7 @@ void ConfigureFromTheFile2(Program& p) {
       return ReadPortValue(p, name, value_name);
     };
 
-    if (LeadingNumber(read("ENABLED")) == kStoredOn) {
+    if (LeadingNumber(read(stored::kEnabled)) == kStoredOn) {
       row.Enabled = -1;
       p.SetValue("OPT_ENB", true);
       p.SetValue("OPT_DSB", false);
@@ -55,24 +55,25 @@ void ConfigureFromTheFile2(Program& p) {
       p.SetValue("OPT_DSB", true);
     }
 
-    row.LocalPort = read("LOCALPORT");
+    row.LocalPort = read(stored::kLocalPort);
     p.SetText("TXT_LOCPORT", d.RegValue);
 
-    if (LeadingNumber(read("FLOWCONTROL")) == kStoredOn) {
-      row.FlowControl = "1";
+    if (LeadingNumber(read(stored::kFlowControl)) == kStoredOn) {
+      row.FlowControl = kSoftwareFlow;
       p.SetValue("OPT_SWF", true);
-      const std::string& xoff = read("XOFF");
+      const std::string& xoff = read(stored::kXoff);
       row.XOFF = runtime::ByteFromText(xoff);
       p.SetText("TXT_XOFF", FlowCharDisplay(LeadingNumber(d.RegValue)));
-      const std::string& xon = read("XON");
+      const std::string& xon = read(stored::kXon);
       row.XON = runtime::ByteFromText(xon);
       p.SetText("TXT_XON", FlowCharDisplay(LeadingNumber(d.RegValue)));
     } else {
-      row.FlowControl = "0";
+      row.FlowControl = kHardwareFlow;
       p.SetValue("OPT_HWF", true);
     }
 
-    const std::string dotted = IpFromLong(runtime::RoundToInt32(LeadingNumber(read("REMOTEIP"))));
+    const std::string dotted =
+        TextFromStored(runtime::RoundToInt32(LeadingNumber(read(stored::kRemoteIp))));
     row.RemoteIP = dotted;
     const std::vector<std::string> parts = SplitAtDots(dotted);
     p.SetText("TXT_IP1", parts.at(0));
@@ -80,7 +81,7 @@ void ConfigureFromTheFile2(Program& p) {
     p.SetText("TXT_IP3", parts.at(2));
     p.SetText("TXT_IP4", parts.at(3));
 
-    row.RemotePort = read("REMOTEPORT");
+    row.RemotePort = read(stored::kRemotePort);
     p.SetText("TXT_UDP", d.RegValue);
   }
 }

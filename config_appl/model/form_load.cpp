@@ -5,10 +5,10 @@
 #include "config_appl/form/configure_from_the_file2.h"
 #include "config_appl/model/populate_data.h"
 #include "config_appl/model/read_registry.h"
+#include "config_appl/port/stored_port.h"
 #include "config_appl/store/registry_value.h"
 #include "config_appl/store/settings_load.h"
 #include "config_appl/store/settings_save.h"
-#include "config_appl/store/stored_port.h"
 #include "platform/runtime/conversion_error.h"
 
 namespace ketra {
@@ -39,7 +39,7 @@ void ReconcileWithStore(Program& p, bool first_run) {
         row = *stored;
       }
     } else if (!PortKeyExists(p.registry(), row.PortName)) {
-      PopulateRow(row, r);
+      SetDefaultSettings(row, r);
     }
   }
 }
@@ -67,9 +67,7 @@ void Form_Load(Program& p) {
   for (int r = 0; r <= d.LastPort; ++r) {
     Step([&] { form.SetListItem(port_list, r, d.PortTable[r].PortName); });
     Step([&] { p.SetValue("OPT_HWF", true); });
-    Step([&] { d.PortTable[r].FlowControl = "0"; });
-    Step([&] { d.PortTable[r].XOFF = 65; });
-    Step([&] { d.PortTable[r].XON = 66; });
+    Step([&] { SetStartupFlow(d.PortTable[r]); });
   }
 
   Step([&] { ReadTheRegistry(p); });

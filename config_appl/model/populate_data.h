@@ -6,12 +6,8 @@
 
 namespace ketra {
 
-// Rows 0 to LastPort take the defaults: enabled, hardware flow, local port 3000 + row, remote
-// port 3003 + row, remote address 192.168.1.35, XOFF 65, XON 66. PortName stays.
+// Rows 0 to LastPort take a first run's settings (SetDefaultSettings, config_appl/port).
 void PopulateData(Program& p);
-
-// The same defaults for one row.
-void PopulateRow(PortRecord& row, int index);
 
 }  // namespace ketra
 

@@ -14,6 +14,7 @@
 #include <string_view>
 #include <vector>
 
+#include "config_appl/port/port_record.h"
 #include "platform/device/device.h"
 #include "platform/forms/form.h"
 #include "platform/forms/services.h"
@@ -21,18 +22,6 @@
 #include "platform/runtime/text_file.h"
 
 namespace ketra {
-
-// One port's settings. The ports and the flow control stay text, as the form holds them.
-struct PortRecord {
-  std::int16_t Enabled = 0;  // -1 enabled, 0 disabled
-  std::string PortName;
-  std::string RemoteIP;
-  std::string RemotePort;
-  std::string LocalPort;
-  std::string FlowControl;  // "0" hardware, "1" software
-  std::uint8_t XON = 0;
-  std::uint8_t XOFF = 0;
-};
 
 inline constexpr int kPortTableRows = 101;
 

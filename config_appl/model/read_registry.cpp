@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "config_appl/port/device_map.h"
 #include "platform/registry/registry.h"
 #include "platform/runtime/strings.h"
 
@@ -25,20 +26,20 @@ void ReadRegistry(Program& p) {
   registry::HKey hardware = 0;
   registry::HKey devicemap = 0;
   registry::HKey serialcomm = 0;
-  reg.OpenKey(registry::kHKeyLocalMachine, "HARDWARE", &hardware);
-  reg.OpenKey(hardware, "DEVICEMAP", &devicemap);
-  reg.OpenKey(devicemap, "SERIALCOMM", &serialcomm);
+  reg.OpenKey(registry::kHKeyLocalMachine, kSerialCommKeyLevels[0], &hardware);
+  reg.OpenKey(hardware, kSerialCommKeyLevels[1], &devicemap);
+  reg.OpenKey(devicemap, kSerialCommKeyLevels[2], &serialcomm);
 
   // The length is deliberately kept across passes: a device number without a value leaves the
   // previous value's length, and the buffer of that many NULs then fails the test below.
   std::uint32_t value_length = 0;
   int next_row = 0;
   // The scan asks for 20,000 values; the name is rewritten in place behind its fixed prefix.
-  constexpr std::string_view kValuePrefix = "\\Device\\TesSerial";
-  constexpr std::size_t kMaxDigits = 4;  // of the device numbers 0 to 9999
+  constexpr std::string_view kValuePrefix = kDeviceNamePrefix;
+  constexpr std::size_t kMaxDigits = 4;  // of the device numbers 0 to kLastDeviceNumber
   std::string value_name(kValuePrefix);
   std::string value_text;
-  for (int device = 0; device <= 9999; ++device) {
+  for (int device = 0; device <= kLastDeviceNumber; ++device) {
     value_name.resize(kValuePrefix.size() + kMaxDigits);
     char* digits = value_name.data() + kValuePrefix.size();
     char* end = std::to_chars(digits, digits + kMaxDigits, device).ptr;

@@ -1,23 +1,11 @@
 #include "config_appl/store/settings_save.h"
 
-#include <cstdint>
-
+#include "config_appl/port/address.h"
+#include "config_appl/port/stored_port.h"
 #include "config_appl/store/registry_value.h"
-#include "platform/net/inet.h"
 #include "platform/registry/registry_batch.h"
-#include "platform/runtime/conversions.h"
 
 namespace ketra {
-
-std::string StoredSwitch(bool on) { return std::to_string(on ? kStoredOn : kStoredOff); }
-
-std::string StoredPortNumber(const std::string& port_text) {
-  return runtime::NumberText(runtime::LeadingNumber(port_text));
-}
-
-std::string StoredAddress(const std::string& dotted) {
-  return std::to_string(static_cast<std::int32_t>(net::InetAddr(dotted)));
-}
 
 void CreateConfigFile2(Program& p) {
   // One transaction: another process, or a kill in the middle, sees the store as it was before
@@ -31,14 +19,14 @@ void CreateConfigFile2(Program& p) {
       SetRegistryValue(p, registry::kHKeyLocalMachine, kCompany, kProduct, row.PortName, name,
                        text);
     };
-    write("PORTNAME", row.PortName);
-    write("ENABLED", StoredSwitch(row.Enabled == -1));
-    write("FLOWCONTROL", StoredSwitch(row.FlowControl == "1"));
-    write("XON", std::to_string(row.XON));
-    write("XOFF", std::to_string(row.XOFF));
-    write("LOCALPORT", StoredPortNumber(row.LocalPort));
-    write("REMOTEPORT", StoredPortNumber(row.RemotePort));
-    write("REMOTEIP", StoredAddress(row.RemoteIP));
+    write(stored::kPortName, row.PortName);
+    write(stored::kEnabled, StoredSwitch(row.Enabled == -1));
+    write(stored::kFlowControl, StoredSwitch(row.FlowControl == kSoftwareFlow));
+    write(stored::kXon, std::to_string(row.XON));
+    write(stored::kXoff, std::to_string(row.XOFF));
+    write(stored::kLocalPort, StoredPortNumber(row.LocalPort));
+    write(stored::kRemotePort, StoredPortNumber(row.RemotePort));
+    write(stored::kRemoteIp, StoredAddressText(row.RemoteIP));
   }
 }
 

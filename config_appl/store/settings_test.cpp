@@ -10,6 +10,7 @@
 #include "config_appl/model/populate_data.h"
 #include "config_appl/model/program_fixture.h"
 #include "config_appl/model/read_registry.h"
+#include "config_appl/port/address.h"
 #include "config_appl/store/registry_value.h"
 #include "config_appl/store/settings_load.h"
 #include "config_appl/store/settings_save.h"
@@ -55,7 +56,7 @@ TEST(CreateConfigFile2, AddressesAreStoredAsSignedNumbers) {
                                          {"255.255.255.255", "-1"},
                                          {"no address", "-1"},
                                          {"192.168.1.010", "134326464"}};
-  for (const StoredForm& c : cases) EXPECT_EQ(StoredAddress(c.field_text), c.stored);
+  for (const StoredForm& c : cases) EXPECT_EQ(StoredAddressText(c.field_text), c.stored);
 }
 
 TEST(CreateConfigFile2, SwitchesHaveExactlyTwoForms) {

@@ -30,7 +30,17 @@ inline constexpr std::uint32_t kIoctlVspDisconnect = 0x80202004u;
 // little-endian), flow control, XOFF, XON, and the Status the driver answers with.
 inline constexpr std::size_t kRecordSize = 12;
 using Record = std::array<std::uint8_t, kRecordSize>;
-inline constexpr std::size_t kStatusOffset = kRecordSize - 1;
+// Where each field of a Record starts.
+namespace record {
+inline constexpr std::size_t kRemoteAddress = 0;
+inline constexpr std::size_t kRemotePort = 4;
+inline constexpr std::size_t kLocalPort = 6;
+inline constexpr std::size_t kFlowControl = 8;
+inline constexpr std::size_t kXoff = 9;
+inline constexpr std::size_t kXon = 10;
+inline constexpr std::size_t kStatus = 11;
+}  // namespace record
+inline constexpr std::size_t kStatusOffset = record::kStatus;
 inline std::uint8_t StatusOf(const Record& record) { return record[kStatusOffset]; }
 
 inline constexpr std::uint8_t kStatusAlreadyInState = 0;

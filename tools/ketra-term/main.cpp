@@ -7,7 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "platform/net/inet.h"
+#include "config_appl/port/address.h"
 #include "platform/runtime/build_info.h"
 #include "tools/ketra-term/echo_terminal.h"
 
@@ -23,10 +23,7 @@ int main(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : 2;
   }
-  const std::uint32_t raw = ketra::net::InetAddr(address);
-  // InetAddr keeps the first octet in the lowest byte; the sockets take host order.
-  const std::uint32_t host =
-      (raw & 0xFF) << 24 | (raw & 0xFF00) << 8 | (raw >> 8 & 0xFF00) | raw >> 24;
+  const std::uint32_t host = ketra::HostFromStored(ketra::StoredFromText(address));
   try {
     ketra::term::EchoTerminal terminal(host, ports, std::cout);
     std::cout << "ketra-term: echoing on";
