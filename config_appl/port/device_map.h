@@ -1,7 +1,7 @@
 // The names of the driver's entries in the hive's serial device map, which the driver daemon
-// writes and the panel reads to find its ports: under HKEY_LOCAL_MACHINE\HARDWARE\DEVICEMAP\
-// SERIALCOMM one REG_SZ value "\Device\TesSerial<n>" per port, n from 0 to 9999, holding the
-// port name and a NUL. Plain constants.
+// writes and the panel reads to find its ports: under the key
+// HKEY_LOCAL_MACHINE\HARDWARE\DEVICEMAP\SERIALCOMM one REG_SZ value "\Device\TesSerial<n>" per
+// port, n from 0 to 9999, holding the port name and a NUL. Plain constants.
 #ifndef KETRA_CONFIG_APPL_PORT_DEVICE_MAP_H_
 #define KETRA_CONFIG_APPL_PORT_DEVICE_MAP_H_
 
