@@ -8,9 +8,13 @@
 // answer. Destruction removes the map entries first, then the socket, the links and the ptys.
 //
 // Run as a service, it tells the service manager when it is ready and how it fares, and gives it
-// each pty master and each connected port's socket to keep (the descriptor store); at start it
+// each pty master and each connected port's socket to keep (descriptor_store.h); at start it
 // takes back what the store hands over, so a restart keeps every pty, every program that holds
 // one, and every connection.
+//
+// Its parts live apart: the signals (daemon_signals.h), the descriptor limit
+// (descriptor_limit.h), the hive's lock (hive_lock.h), the store's names (store_names.h), the
+// tick (tick.h); the making and connecting of its ports is in daemon_ports_posix.cpp.
 // Owns all of it except the registry. Single-threaded; construct, use and destroy it on one
 // thread, with SIGTERM, SIGINT and SIGHUP blocked in every thread of the process.
 #ifndef KETRA_DAEMON_DAEMON_H_
@@ -25,19 +29,19 @@
 
 #include "daemon/control_server.h"
 #include "daemon/daemon_config.h"
+#include "daemon/daemon_signals.h"
+#include "daemon/descriptor_store.h"
 #include "daemon/device_map.h"
 #include "daemon/event_loop.h"
 #include "daemon/loss_log.h"
 #include "daemon/open_watch.h"
 #include "daemon/port.h"
 #include "daemon/service_manager.h"
+#include "daemon/tick.h"
 #include "platform/registry/registry.h"
 #include "platform/runtime/fd.h"
 
 namespace ketra::vspd {
-
-// Blocks the signals the daemon takes through its signalfd; call before any thread starts.
-void BlockDaemonSignals();
 
 class Daemon final : public PortDirectory {
  public:
@@ -62,23 +66,23 @@ class Daemon final : public PortDirectory {
   void OnTick();
   // False when SIGTERM or SIGINT came while the hive was locked; throws after kHiveWait.
   bool PublishDeviceMap();
-  void KeepInStore(VirtualPort& port);
+  // Makes every configured port, from what the store kept or afresh.
+  void MakePorts();
   std::string StatusLine() const;
 
   DaemonConfig config_;
   registry::Registry& registry_;
   ServiceManager& service_;
   runtime::Fd hive_lock_;
+  DescriptorStore store_;
   EventLoop loop_;
   runtime::Fd signals_;
-  runtime::Fd timer_;
+  std::unique_ptr<Tick> tick_;
   OpenWatch open_watch_{loop_};
   std::vector<std::unique_ptr<VirtualPort>> ports_;
   std::unique_ptr<ControlServer> control_;
   std::unique_ptr<DeviceMap> device_map_;
   std::vector<LossLog> loss_logs_;  // one per port
-  std::map<std::string, std::string>
-      stored_sockets_;  // port name -> its socket's name in the store
   std::string last_status_line_;
   bool stop_ = false;
 };
