@@ -64,14 +64,8 @@ void ControlServer::AnswerMessage(std::uint64_t id, std::size_t message_size) {
                                                 : std::string(wire::ParseErrorText(error));
     LogWarning("control: refused a malformed message from " + connection.peer + ": " + why);
     reply = Refuse(wire::kErrorInvalidParameter, why, &close);
-  } else if (connection.status_only && !std::holds_alternative<wire::StatusRequest>(*request)) {
-    LogWarning("control: refused " + connection.peer + ": " + std::to_string(kMaxConnections) +
-               " connections open already; only status is answered");
-    reply =
-        Refuse(wire::kErrorInvalidHandle, "too many connections; only status is answered", &close);
   } else {
     reply = Handle(connection, *request, &close);
-    if (connection.status_only) close = true;
   }
   Reply(id, reply, close);
 }
@@ -151,13 +145,28 @@ void ControlServer::Close(std::uint64_t id) {
   connections_.erase(found);
 }
 
+bool ControlServer::MakeRoom(const std::string& peer) {
+  auto oldest = connections_.end();
+  for (auto it = connections_.begin(); it != connections_.end(); ++it) {
+    if (it->second.outgoing.empty() &&
+        (oldest == connections_.end() || it->second.last_active < oldest->second.last_active)) {
+      oldest = it;
+    }
+  }
+  if (oldest == connections_.end()) return false;
+  const auto idle = std::chrono::duration_cast<std::chrono::seconds>(
+      std::chrono::steady_clock::now() - oldest->second.last_active);
+  LogInfo("control: closed the connection of " + oldest->second.peer + " (idle for " +
+          std::to_string(idle.count()) + " s) to answer " + peer + ": " +
+          std::to_string(kMaxConnections) + " connections are open");
+  Close(oldest->first);
+  return true;
+}
+
 void ControlServer::DropIdle(std::chrono::steady_clock::time_point now) {
   std::vector<std::uint64_t> idle;
   for (const auto& [id, connection] : connections_) {
-    if (now - connection.last_active >
-        (connection.status_only ? std::chrono::seconds(kStatusSlotIdleLimit) : kIdleLimit)) {
-      idle.push_back(id);
-    }
+    if (now - connection.last_active > kIdleLimit) idle.push_back(id);
   }
   for (const std::uint64_t id : idle) {
     LogInfo("control: dropped the idle connection of " + connections_.at(id).peer);

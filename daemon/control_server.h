@@ -8,8 +8,9 @@
 // The socket's path appears only when the daemon is ready (Publish renames a socket that listens
 // already), so a client that connects as soon as it sees the path is answered. Replies that do
 // not fit the socket's buffer (a status document of many ports, sent in pieces) wait in the
-// connection's queue until the client reads. Beyond kMaxConnections a few more connections are
-// taken for status only, so that connections held open cannot blind `ketra-vspd status`.
+// connection's queue until the client reads. At kMaxConnections a new connection takes the place
+// of the one idle the longest, so that connections held open, however many, cannot blind
+// `ketra-vspd status` or the panel's commands.
 //
 // Owns the listening socket (and its file) and the connections; acts on the ports through a
 // PortDirectory that outlives it. Single-threaded (the loop's).
@@ -50,9 +51,7 @@ wire::Record ExecuteControl(VirtualPort& port, std::uint32_t code, const wire::R
 class ControlServer {
  public:
   static constexpr std::size_t kMaxConnections = 64;
-  static constexpr std::size_t kStatusSlots = 4;
   static constexpr std::chrono::seconds kIdleLimit{30};
-  static constexpr std::chrono::seconds kStatusSlotIdleLimit{2};
 
   // Listens, under a temporary name beside socket_path, with mode 0660 (group `group` when it
   // can be given). A stale socket file at socket_path is replaced by Publish; a path where a
@@ -77,12 +76,14 @@ class ControlServer {
     std::string peer;  // "pid P uid U", for the log
     std::optional<wire::DevicePath> device;
     std::chrono::steady_clock::time_point last_active;
-    bool status_only = false;  // taken beyond kMaxConnections
     std::deque<std::vector<std::uint8_t>> outgoing;
     bool close_when_sent = false;
   };
 
   void OnAccept();
+  // Closes the connection idle the longest to make room for `peer`; false when every
+  // connection is busy sending.
+  bool MakeRoom(const std::string& peer);
   void OnEvents(std::uint64_t id, std::uint32_t events);
   void OnMessage(std::uint64_t id, std::uint32_t events);
   // Answers the message of `message_size` bytes that OnMessage read into buffer_.

@@ -76,8 +76,12 @@ ControlServer::ControlServer(EventLoop& loop, std::string socket_path, const std
     throw std::runtime_error("cannot bind " + failed + ": " + std::strerror(bind_error));
   }
   if (!group.empty()) {
+    // A socket that has the group already (the service runs with it) needs no chown, which the
+    // service's system call filter need not allow then.
     const auto gid = FindGroupId(group);
-    if (!gid || ::chown(bound_path_.c_str(), static_cast<uid_t>(-1), *gid) != 0) {
+    struct stat made {};
+    const bool has_group = gid && ::stat(bound_path_.c_str(), &made) == 0 && made.st_gid == *gid;
+    if (!has_group && (!gid || ::chown(bound_path_.c_str(), static_cast<uid_t>(-1), *gid) != 0)) {
       LogWarning(socket_path_ + " keeps its own group: cannot give it to group " + group);
     }
   }
@@ -111,16 +115,15 @@ void ControlServer::OnAccept() {
     runtime::Fd fd(::accept4(listener_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
     if (!fd) return;
     const std::string peer = PeerOf(fd.get());
-    if (connections_.size() >= kMaxConnections + kStatusSlots) {
-      LogWarning("control: refused " + peer + ": " +
-                 std::to_string(kMaxConnections + kStatusSlots) + " connections open already");
+    if (connections_.size() >= kMaxConnections && !MakeRoom(peer)) {
+      LogWarning("control: refused " + peer + ": " + std::to_string(kMaxConnections) +
+                 " connections are open and every one is busy");
       continue;
     }
     const std::uint64_t id = next_connection_++;
     Connection connection;
     connection.peer = peer;
     connection.last_active = std::chrono::steady_clock::now();
-    connection.status_only = connections_.size() >= kMaxConnections;
     connection.watch = loop_.Add(fd.get(), kReadable | kPeerClosed,
                                  [this, id](std::uint32_t events) { OnEvents(id, events); });
     connection.fd = std::move(fd);
