@@ -12,7 +12,8 @@ using registry::HKey;
 
 }  // namespace
 
-bool DeviceMap::Publish(const std::vector<std::string>& port_names, std::string* problem) {
+registry::Status DeviceMap::Publish(const std::vector<std::string>& port_names,
+                                    std::string* problem) {
   HKey raw = 0;
   std::uint32_t disposition = 0;
   const registry::Status created =
@@ -22,7 +23,7 @@ bool DeviceMap::Publish(const std::vector<std::string>& port_names, std::string*
   if (created != registry::kErrorSuccess || raw == 0) {
     *problem = "cannot create HKEY_LOCAL_MACHINE\\" + std::string(kSerialCommKey) + " (status " +
                std::to_string(created) + ")";
-    return false;
+    return created != registry::kErrorSuccess ? created : registry::kErrorRegistryIoFailed;
   }
   // Names first, deletions after: deleting while walking would shift the indexes.
   std::vector<std::string> stale;
@@ -45,11 +46,11 @@ bool DeviceMap::Publish(const std::vector<std::string>& port_names, std::string*
     if (set != registry::kErrorSuccess) {
       *problem = "cannot write " + name + " (status " + std::to_string(set) + ")";
       Withdraw();
-      return false;
+      return set;
     }
     written_.push_back(name);
   }
-  return true;
+  return registry::kErrorSuccess;
 }
 
 bool DeviceMap::Withdraw() {

@@ -26,9 +26,10 @@ class DeviceMap {
   DeviceMap& operator=(const DeviceMap&) = delete;
   ~DeviceMap() { Withdraw(); }
 
-  // Removes stale entries of this driver and writes one per port. False, with *problem set,
-  // when the key cannot be made or a value not written; what was written is then withdrawn.
-  bool Publish(const std::vector<std::string>& port_names, std::string* problem);
+  // Removes stale entries of this driver and writes one per port. The hive's status, with
+  // *problem set, when the key cannot be made or a value not written; what was written is then
+  // withdrawn.
+  registry::Status Publish(const std::vector<std::string>& port_names, std::string* problem);
   // Removes the entries this object wrote; false when one could not be removed.
   bool Withdraw();
 

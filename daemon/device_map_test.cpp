@@ -49,14 +49,14 @@ TEST(DeviceMapTest, PublishesEachPortAndWithdrawsOnlyItsOwn) {
   {
     DeviceMap map(*registry);
     std::string problem;
-    ASSERT_TRUE(map.Publish({"COM3", "COM4", "COM12"}, &problem)) << problem;
+    ASSERT_EQ(map.Publish({"COM3", "COM4", "COM12"}, &problem), registry::kErrorSuccess) << problem;
     EXPECT_EQ(MapValues(*registry), (Values{others[0],
                                             {"\\Device\\TesSerial0", std::string("COM3\0", 5)},
                                             {"\\Device\\TesSerial1", std::string("COM4\0", 5)},
                                             {"\\Device\\TesSerial2", std::string("COM12\0", 6)}}));
     EXPECT_TRUE(map.Withdraw());
     EXPECT_EQ(MapValues(*registry), others);
-    ASSERT_TRUE(map.Publish({"COM3"}, &problem)) << problem;
+    ASSERT_EQ(map.Publish({"COM3"}, &problem), registry::kErrorSuccess) << problem;
   }
   EXPECT_EQ(MapValues(*registry), others) << "the destructor withdraws too";
 }
@@ -67,13 +67,13 @@ TEST(DeviceMapTest, AFailedWriteLeavesNothingOfOurs) {
   registry.FailWhen(registry::FaultyRegistry::Op::kSet, "TesSerial1");
   DeviceMap map(registry);
   std::string problem;
-  EXPECT_FALSE(map.Publish({"COM3", "COM4"}, &problem));
+  EXPECT_NE(map.Publish({"COM3", "COM4"}, &problem), registry::kErrorSuccess);
   EXPECT_NE(problem.find("TesSerial1"), std::string::npos);
   EXPECT_TRUE(MapValues(*memory).empty());
 
   registry.Clear();
   registry.FailWhen(registry::FaultyRegistry::Op::kCreate, "SERIALCOMM");
-  EXPECT_FALSE(map.Publish({"COM3"}, &problem));
+  EXPECT_NE(map.Publish({"COM3"}, &problem), registry::kErrorSuccess);
   EXPECT_NE(problem.find("cannot create"), std::string::npos);
 }
 

@@ -1,6 +1,8 @@
+#include <grp.h>
 #include <poll.h>
 #include <pwd.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -32,6 +34,37 @@ bool TrustedPeer(unsigned uid) {
          found != nullptr && found->pw_uid == uid;
 }
 
+// Why this user may not reach `socket_path`: the first directory on the way that it may not
+// search, or else the socket itself, and the group that may (the daemon's --group gives the
+// socket its group; the service's directories carry the same).
+std::string PermissionProblem(const std::string& socket_path) {
+  std::string gate = socket_path;
+  for (std::size_t slash = socket_path.find('/', 1); slash != std::string::npos;
+       slash = socket_path.find('/', slash + 1)) {
+    const std::string directory = socket_path.substr(0, slash);
+    if (::access(directory.c_str(), X_OK) != 0) {
+      gate = directory;
+      break;
+    }
+  }
+  std::string group;
+  struct stat info {};
+  if (::stat(gate.c_str(), &info) == 0) {
+    std::vector<char> buffer(16384);
+    ::group entry{};
+    ::group* found = nullptr;
+    group = ::getgrgid_r(info.st_gid, &entry, buffer.data(), buffer.size(), &found) == 0 &&
+                    found != nullptr
+                ? found->gr_name
+                : std::to_string(info.st_gid);
+  }
+  std::string why = "permission denied at " + socket_path;
+  if (gate != socket_path) why += " (the directory " + gate + " is closed to you)";
+  if (group.empty()) return why + ": ask the administrator for access to the driver";
+  return why + ": only root, the user " KETRA_SERVICE_USER " and members of the group " + group +
+         " may use the driver (ask to be added to the group " + group + ", then log in again)";
+}
+
 // Connects to the daemon; on failure says why in *problem (when given).
 Fd ConnectTo(const std::string& socket_path, std::string* problem = nullptr) {
   std::string ignored;
@@ -51,11 +84,7 @@ Fd ConnectTo(const std::string& socket_path, std::string* problem = nullptr) {
   if (::connect(fd.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
     const int error = errno;
     if (error == EACCES || error == EPERM) {
-      why = "permission denied at " + socket_path +
-            ": only root, the user " KETRA_SERVICE_USER
-            " and members of the group " KETRA_SERVICE_USER
-            " may use the driver (ask to be added to the group " KETRA_SERVICE_USER
-            ", then log in again)";
+      why = PermissionProblem(socket_path);
     } else if (error == ENOENT || error == ECONNREFUSED) {
       why = "no daemon answers at " + socket_path;
     } else {

@@ -303,8 +303,12 @@ Status SqliteStore::Connect(bool for_write) {
   } else if (status == kErrorAccessDenied) {
     ReportUnusable("no permission");
   } else if (status == kErrorFileNotFound && !path_.empty()) {
-    // A hive not made yet is a fresh start; a path that cannot be reached is worth a line.
-    if (const std::string why = WhyHiveIsMissing(path_); !why.empty()) ReportUnusable(why);
+    // A hive not made yet is a fresh start; a path that cannot be reached is worth a line, and
+    // one this user may not look at is no empty hive but a refusal.
+    if (const std::string why = WhyHiveIsMissing(path_); !why.empty()) {
+      ReportUnusable(why);
+      if (HiveFileReadDenied(path_)) return kErrorAccessDenied;
+    }
   }
   return status;
 }

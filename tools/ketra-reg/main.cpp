@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <fstream>
 #include <iostream>
@@ -100,6 +101,9 @@ int main(int argc, char** argv) try {
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : 2;
   }
+  // A hive the user named; the default one is made, directories and all, by the first write.
+  const char* const named_by_environment = std::getenv("KETRA_HIVE");
+  const bool named = !hive.empty() || (named_by_environment != nullptr && *named_by_environment);
   std::string hive_error;
   if (!ketra::machine::ResolveHive(&hive, &hive_error)) {
     std::cerr << "ketra-reg: " << hive_error << '\n';
@@ -107,7 +111,7 @@ int main(int argc, char** argv) try {
   }
   // A hive named in a directory that is not there is a mistake, not an empty hive.
   const auto slash = hive.rfind('/');
-  if (slash != std::string::npos && slash > 0) {
+  if (named && slash != std::string::npos && slash > 0) {
     struct stat info {};
     const std::string directory = hive.substr(0, slash);
     if (::stat(directory.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) {
