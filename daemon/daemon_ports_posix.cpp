@@ -29,9 +29,13 @@ void Daemon::MakePorts() {
               (resumed ? ", connected to " + resumed->remote.ToString() : std::string()));
     } else {
       std::string warning;
-      io = OpenPosixPortIo(config_.group, &warning);
+      io = OpenPosixPortIo(config_.group, &warning, std::move(kept.socket));
       if (!warning.empty()) LogWarning(name + ": " + warning);
       store_.KeepPty(name, io->pty_fd(), /*replaced=*/false);
+      if (resumed) {
+        LogInfo(name + ": the service manager kept no pty, so the port is on a new one " +
+                io->pty_path() + "; connection to " + resumed->remote.ToString() + " resumed");
+      }
     }
     ports_.push_back(std::make_unique<VirtualPort>(loop_, name, std::move(io), options, resumed));
     VirtualPort* port = ports_.back().get();

@@ -50,10 +50,20 @@ Daemon::Daemon(const DaemonConfig& config, registry::Registry& registry, Service
 bool Daemon::PublishDeviceMap() {
   // Another program may hold the hive locked for a while (each try waits out the hive's own
   // busy time-out); the daemon tries again for a bounded time and stops if told to meanwhile.
+  // A hive that is corrupt, another program's file or not writable stays so: no waiting.
   const auto deadline = std::chrono::steady_clock::now() + kHiveWait;
   for (bool warned = false;; warned = true) {
     std::string problem;
-    if (device_map_->Publish(config_.ports, &problem)) return true;
+    const registry::Status status = device_map_->Publish(config_.ports, &problem);
+    if (status == registry::kErrorSuccess) return true;
+    if (status == registry::kErrorBadDb) {
+      throw std::runtime_error("device map in " + config_.hive + ": " + problem +
+                               ": the hive is damaged or another program's file");
+    }
+    if (status == registry::kErrorAccessDenied) {
+      throw std::runtime_error("device map in " + config_.hive + ": " + problem +
+                               ": the hive may not be written (read-only, or no permission)");
+    }
     if (std::chrono::steady_clock::now() >= deadline) {
       throw std::runtime_error("device map in " + config_.hive + ": " + problem + " (tried for " +
                                std::to_string(kHiveWait.count()) + " s)");
@@ -93,7 +103,10 @@ void Daemon::Run() {
 
 std::string Daemon::StatusJson() {
   std::vector<const VirtualPort*> ports;
-  for (const auto& port : ports_) ports.push_back(port.get());
+  for (const auto& port : ports_) {
+    port->CountKernelDrops();
+    ports.push_back(port.get());
+  }
   return BuildStatusJson({static_cast<long>(::getpid()), config_.socket, config_.hive}, ports);
 }
 
@@ -114,6 +127,7 @@ void Daemon::OnTick() {
   const auto now = std::chrono::steady_clock::now();
   control_->DropIdle(now);
   for (std::size_t i = 0; i < ports_.size(); ++i) {
+    ports_[i]->CountKernelDrops();
     if (const auto line = loss_logs_[i].Update(ports_[i]->name(), ports_[i]->counters(), now)) {
       LogWarning(*line);
     }

@@ -13,9 +13,7 @@ DescriptorStore::DescriptorStore(ServiceManager& service) : service_(service) {
 
 DescriptorStore::Kept DescriptorStore::Take(const std::string& port) {
   Kept kept;
-  auto master = handed_.extract(StoredPtyName(port));
-  if (!master) return kept;
-  kept.pty = std::move(master.mapped());
+  if (auto master = handed_.extract(StoredPtyName(port))) kept.pty = std::move(master.mapped());
   for (auto it = handed_.begin(); it != handed_.end(); ++it) {
     const auto parsed = ParseStoredSocketName(it->first);
     if (parsed && parsed->first == port) {
@@ -64,7 +62,15 @@ void DescriptorStore::KeepSocket(VirtualPort& port) {
 
 void DescriptorStore::DropLeftovers() {
   for (auto& [name, fd] : handed_) {
-    LogInfo("dropped " + name + " from the service manager's store: no such port now");
+    std::string cause;
+    if (const auto socket = ParseStoredSocketName(name)) {
+      cause = "the port " + socket->first + " is not in this configuration";
+    } else if (name.rfind("pty.", 0) == 0) {
+      cause = "the port " + name.substr(4) + " is not in this configuration";
+    } else {
+      cause = "not a name this daemon gives";
+    }
+    LogInfo("dropped " + name + " from the service manager's store: " + cause);
     service_.Remove(name);
   }
   handed_.clear();

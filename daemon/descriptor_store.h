@@ -31,7 +31,9 @@ class DescriptorStore {
     runtime::Fd socket;                    // invalid when the port was not connected
     std::optional<PortSettings> settings;  // the socket's
   };
-  // What the store kept of `port`; the socket only along with its pty. Once per port.
+  // What the store kept of `port`, each part on its own: a connection outlives a pty that the
+  // store did not keep (its UDP port must not stay bound in the store while the daemon binds it
+  // anew). Once per port.
   Kept Take(const std::string& port);
   // Gives the store a new pty master of `port` (first made, or replaced), in place of any
   // earlier one.

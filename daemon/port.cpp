@@ -74,10 +74,17 @@ std::uint8_t VirtualPort::Connect(const PortSettings& settings) {
   return device::kStatusConnected;
 }
 
+void VirtualPort::CountKernelDrops() {
+  if (!connected()) return;
+  counters_.dropped_datagrams =
+      std::max(counters_.dropped_datagrams, dropped_before_ + io_->SocketDrops());
+}
+
 std::uint8_t VirtualPort::Disconnect() {
   if (!connected()) return device::kStatusAlreadyInState;
   poller_.Remove(socket_watch_);
   socket_watch_ = 0;
+  CountKernelDrops();  // the socket's last word on its losses
   const int error = io_->CloseSocket();
   dropped_before_ = counters_.dropped_datagrams;
   settings_.reset();

@@ -85,6 +85,10 @@ class VirtualPort {
   std::uint8_t Disconnect();
   // A program may have opened the device (OpenWatch says so): the port asks the pty.
   void ProgramMayHaveOpened();
+  // Takes the kernel's drop count from the socket now, for a status or a loss line: datagrams
+  // tell it only when one arrives after the drops, and after a burst that ends in drops none
+  // does.
+  void CountKernelDrops();
   // Runs after every connect that succeeded and every disconnect (the daemon keeps the service
   // manager's store in step).
   void OnConnectionChange(std::function<void(VirtualPort&)> callback) {

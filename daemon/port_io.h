@@ -71,6 +71,9 @@ class PortIo {
                            std::uint32_t* dropped) = 0;
   // Whether a datagram waits to be received, without taking it.
   virtual bool DatagramWaiting() = 0;
+  // The kernel's running count of datagrams the socket lost to a full receive buffer, read now
+  // (the count ReceiveFrom tells only with a later datagram); 0 without a socket.
+  virtual std::uint32_t SocketDrops() const = 0;
 
   // --- Handing over across a restart: the descriptors themselves.
   virtual runtime::Fd DuplicatePty() const = 0;
@@ -78,9 +81,11 @@ class PortIo {
 };
 
 // The real port: a new pty (raw, 115200 bits/s, mode 0660, group `group` when it can be given;
-// *warning says when it cannot), or the master handed back by the service manager.
+// *warning says when it cannot), or the master handed back by the service manager. A new pty
+// may come with a socket that the service manager kept (a connection that outlived its pty).
 // Throws std::system_error when no pty can be had.
-std::unique_ptr<PortIo> OpenPosixPortIo(const std::string& group, std::string* warning);
+std::unique_ptr<PortIo> OpenPosixPortIo(const std::string& group, std::string* warning,
+                                        runtime::Fd socket = {});
 std::unique_ptr<PortIo> AdoptPosixPortIo(runtime::Fd master, runtime::Fd socket);
 
 }  // namespace ketra::vspd

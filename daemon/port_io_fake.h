@@ -50,7 +50,7 @@ class FakePortIo final : public PortIo {
   std::deque<Datagram> from_terminal;
   std::vector<Datagram> sent;
   std::size_t send_room = kUnlimited;  // datagrams SendTo takes before -EAGAIN
-  std::uint32_t kernel_dropped = 0;    // told with every datagram received
+  std::uint32_t kernel_dropped = 0;    // told with every datagram received, and when asked
   net::Endpoint local{0x7F000001u, 0};
 
   int pty_fd() const override { return kPtyFd; }
@@ -118,6 +118,7 @@ class FakePortIo final : public PortIo {
     return static_cast<long>(size);
   }
   bool DatagramWaiting() override { return !from_terminal.empty(); }
+  std::uint32_t SocketDrops() const override { return socket_open_ ? kernel_dropped : 0; }
   runtime::Fd DuplicatePty() const override { return runtime::Fd(); }
   runtime::Fd DuplicateSocket() const override { return runtime::Fd(); }
 

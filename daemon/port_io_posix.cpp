@@ -148,6 +148,9 @@ class PosixPortIo final : public PortIo {
     return socket_.ReceiveFrom(buffer, from, dropped);
   }
 
+  std::uint32_t SocketDrops() const override {
+    return socket_.is_open() ? socket_.DropCount() : 0;
+  }
   bool DatagramWaiting() override {
     pollfd probe{socket_.fd(), POLLIN, 0};
     return ::poll(&probe, 1, 0) > 0 && (probe.revents & POLLIN) != 0;
@@ -172,7 +175,8 @@ class PosixPortIo final : public PortIo {
 
 }  // namespace
 
-std::unique_ptr<PortIo> OpenPosixPortIo(const std::string& group, std::string* warning) {
+std::unique_ptr<PortIo> OpenPosixPortIo(const std::string& group, std::string* warning,
+                                        runtime::Fd socket) {
   runtime::Fd master = NewPty([&](int slave, const std::string& path) {
     termios settings{};
     if (::tcgetattr(slave, &settings) != 0) Throw("tcgetattr");
@@ -197,7 +201,8 @@ std::unique_ptr<PortIo> OpenPosixPortIo(const std::string& group, std::string* w
     }
     if (::fchmod(slave, 0660) != 0) Throw("fchmod pty slave");
   });
-  return std::make_unique<PosixPortIo>(std::move(master), net::UdpSocket());
+  if (socket) ::fcntl(socket.get(), F_SETFL, ::fcntl(socket.get(), F_GETFL) | O_NONBLOCK);
+  return std::make_unique<PosixPortIo>(std::move(master), net::UdpSocket(std::move(socket)));
 }
 
 std::unique_ptr<PortIo> AdoptPosixPortIo(runtime::Fd master, runtime::Fd socket) {

@@ -49,6 +49,10 @@ class UdpSocket {
   long ReceiveFrom(std::span<std::uint8_t> buffer, Endpoint* from, std::uint32_t* dropped);
   // Asks the kernel to count the datagrams it drops for a full receive buffer (SO_RXQ_OVFL).
   void CountDrops();
+  // The kernel's running count of datagrams this socket dropped, read now (SO_MEMINFO's
+  // SK_MEMINFO_DROPS, the count SO_RXQ_OVFL tells): a burst that ends in drops brings no later
+  // datagram to tell it. 0 when the kernel cannot say.
+  std::uint32_t DropCount() const;
 
   // Asks the kernel for larger buffers; a refusal is harmless, so it reports nothing.
   void SetBufferSizes(int receive_bytes, int send_bytes);

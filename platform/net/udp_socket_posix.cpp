@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include <arpa/inet.h>
+#include <linux/sock_diag.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 
@@ -94,6 +95,16 @@ long UdpSocket::ReceiveFrom(std::span<std::uint8_t> buffer, Endpoint* from,
 void UdpSocket::CountDrops() {
   const int on = 1;
   ::setsockopt(fd_.get(), SOL_SOCKET, SO_RXQ_OVFL, &on, sizeof on);
+}
+
+std::uint32_t UdpSocket::DropCount() const {
+  std::uint32_t memory[SK_MEMINFO_VARS] = {};
+  socklen_t length = sizeof memory;
+  if (::getsockopt(fd_.get(), SOL_SOCKET, SO_MEMINFO, memory, &length) != 0 ||
+      length <= SK_MEMINFO_DROPS * sizeof memory[0]) {
+    return 0;
+  }
+  return memory[SK_MEMINFO_DROPS];
 }
 
 void UdpSocket::SetBufferSizes(int receive_bytes, int send_bytes) {

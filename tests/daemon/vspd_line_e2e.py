@@ -5,7 +5,8 @@
     lines that a pty does not have (ENOTTY).
   - A burst with software flow through a terminal stand-in that obeys the port's XOFF/XON, while
     the program reads slower than the terminal sends: 0 bytes lost.
-  - A burst without flow control: the loss that `status` reports is exactly the bytes missing.
+  - An 8 MB burst without flow control that ends in drops: the loss that `status` reports is
+    exactly the bytes missing, and within the kernel's count.
   - A port nobody holds: what the terminal sends is discarded and counted, and the next program
     finds a fresh port (no stale input, not exclusive, output not stopped, start/stop at ^Q/^S)
     with the speed the last one set.
@@ -13,8 +14,8 @@
     LISTEN_FDS/LISTEN_FDNAMES handing them back): same /dev/pts/N, the program holding the port
     sees no error, the connection resumes, nothing written meanwhile is lost.
   - The control channel: the socket answers as soon as its path appears, an empty message is
-    refused, status with 1024 ports, status while 64 connections are held, a start that waits
-    for a locked hive stops on SIGTERM.
+    refused, status with 1024 ports, status and connect while 200 idle connections are held, a
+    start that waits for a locked hive stops on SIGTERM.
 Every remote address is 127.0.0.1.
 
 usage: vspd_line_e2e.py BIN_DIR
@@ -285,24 +286,35 @@ def test_software_flow_burst(root, total=2 << 20, chunk=1024, read_size=256):
         daemon.stop()
 
 
-def test_loss_is_reported(root, datagrams=12000, size=1024):
+def udp_receive_buffer_errors():
+    """The kernel's count of datagrams dropped for a full receive buffer, in this network."""
+    with open("/proc/net/snmp") as snmp:
+        rows = [line.split() for line in snmp if line.startswith("Udp:")]
+    return int(rows[1][rows[0].index("RcvbufErrors")])
+
+
+def test_loss_is_reported(root, datagrams=8192, size=1024):
     daemon = Vspd(root, "COM3")
     terminal, remote = terminal_socket()
     try:
         local = connect(daemon, "COM3", remote)
         program = os.open(daemon.link("COM3"), os.O_RDWR | os.O_NOCTTY | os.O_NONBLOCK)
         wait_for(lambda: daemon.port("COM3")["held"])
-        for i in range(datagrams):  # far more than the pty and the receive buffer hold
+        kernel_before = udp_receive_buffer_errors()
+        # 8 MB, far more than the pty and the receive buffer hold, read slowly: the burst ends
+        # in drops, so no later datagram tells the kernel's count.
+        for i in range(datagrams):
             terminal.sendto(bytes([i & 0xFF]) * size, ("127.0.0.1", local))
         got = e2e.read_pty(program, datagrams * size, 3.0)  # until quiet
-        # The kernel tells its count with the next datagram it queues.
-        terminal.sendto(b"E" * size, ("127.0.0.1", local))
-        got += e2e.read_pty(program, size)
+        kernel = udp_receive_buffer_errors() - kernel_before
         status = daemon.port("COM3")
-        missing = (datagrams + 1) * size - len(got)
-        check(missing > 0 and status["dropped_datagrams"] * size == missing,
-              "no flow: the loss in status (%d datagrams) is exactly the %d bytes missing" %
-              (status["dropped_datagrams"], missing))
+        missing = datagrams * size - len(got)
+        # Other programs of this machine may lose datagrams too: the kernel's count is a bound.
+        check(missing > 0 and status["dropped_datagrams"] * size == missing and
+              kernel >= status["dropped_datagrams"],
+              "no flow: an 8 MB burst that ends in drops: status says %d datagrams dropped, %d "
+              "are missing, the kernel's UdpRcvbufErrors rose by %d" %
+              (status["dropped_datagrams"], missing // size, kernel))
         check(wait_for(lambda: "COM3: losing data:" in daemon.log_text()) and
               "datagrams dropped by the kernel" in daemon.log_text(),
               "no flow: the log says that the port lost data")
@@ -438,12 +450,15 @@ def test_control_channel(root):
             reply = channel.recv(256)
             check(reply[:3] == b"K\x01\xff", "control: an empty message is refused")
         held = []
-        for _ in range(64):
+        for _ in range(200):
             channel = socket.socket(socket.AF_UNIX, socket.SOCK_SEQPACKET)
             channel.connect(daemon.socket)
             held.append(channel)
         code, _ = daemon.cli("status")
-        check(code == 0, "control: status answers while 64 connections are held")
+        terminal, remote = terminal_socket()
+        check(code == 0 and connect(daemon, "COM3", remote) is not None,
+              "control: status and connect answer while 200 idle connections are held")
+        terminal.close()
         for channel in held:
             channel.close()
     finally:
