@@ -12,10 +12,10 @@
 
 #include <unistd.h>
 
-#include "config_appl/form/form_commands.h"
-#include "config_appl/model/populate_data.h"
-#include "config_appl/model/program.h"
-#include "config_appl/model/read_registry.h"
+#include "config_appl/app/commands.h"
+#include "config_appl/app/program.h"
+#include "config_appl/model/default_settings.h"
+#include "config_appl/store/discover_ports.h"
 #include "config_appl/store/settings_load.h"
 #include "config_appl/store/settings_save.h"
 #include "platform/device/scripted_device.h"
@@ -60,8 +60,8 @@ class Bench {
     if (settings && ports > 0) {
       Program& p = NewProgram();
       Discover(p);
-      PopulateData(p);
-      CreateConfigFile2(p);
+      ApplyDefaultSettings(p);
+      SaveAllPorts(p);
     }
   }
   ~Bench() {
@@ -80,7 +80,7 @@ class Bench {
 
   static void Discover(Program& p) {
     p.decl() = Declarations{};
-    ReadRegistry(p);
+    DiscoverPorts(p);
     p.decl().LastPort = static_cast<std::int16_t>(p.decl().PortCount - 1);
   }
 
@@ -109,8 +109,8 @@ void BM_CreateConfigFile2(benchmark::State& state) {
   Bench bench(101, true);
   Program& p = bench.NewProgram();
   Bench::Discover(p);
-  PopulateData(p);
-  for (auto _ : state) CreateConfigFile2(p);
+  ApplyDefaultSettings(p);
+  for (auto _ : state) SaveAllPorts(p);
 }
 BENCHMARK(BM_CreateConfigFile2)->Unit(benchmark::kMillisecond);
 
@@ -119,7 +119,7 @@ void BM_CreateConfigFile2AllChanged(benchmark::State& state) {
   Bench bench(101, true);
   Program& p = bench.NewProgram();
   Bench::Discover(p);
-  PopulateData(p);
+  ApplyDefaultSettings(p);
   std::uint8_t flip = 0;
   for (auto _ : state) {
     flip ^= 1;
@@ -134,7 +134,7 @@ void BM_CreateConfigFile2AllChanged(benchmark::State& state) {
       row.RemoteIP = flip ? "127.0.0.1" : "127.0.0.2";
       // The name is the key: rewriting it with the same text is the one unchanged value.
     }
-    CreateConfigFile2(p);
+    SaveAllPorts(p);
   }
 }
 BENCHMARK(BM_CreateConfigFile2AllChanged)->Unit(benchmark::kMillisecond);
@@ -193,7 +193,7 @@ void BM_ReadTheRegistry(benchmark::State& state) {
   Bench bench(101, true);
   Program& p = bench.NewProgram();
   Bench::Discover(p);
-  for (auto _ : state) ReadTheRegistry(p);
+  for (auto _ : state) LoadPortSettings(p);
 }
 BENCHMARK(BM_ReadTheRegistry)->Unit(benchmark::kMillisecond);
 
@@ -225,7 +225,7 @@ void BM_Apply(benchmark::State& state) {
   Bench bench(101, true);
   Program& p = bench.NewProgram();
   p.Start();
-  for (auto _ : state) CMD_APPLY_Click(p);
+  for (auto _ : state) ApplyClick(p);
 }
 BENCHMARK(BM_Apply)->Unit(benchmark::kMillisecond);
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "config_appl/model/program_fixture.h"
+#include "config_appl/app/program_fixture.h"
 #include "config_appl/store/settings_file.h"
 #include "fuzz/fuzz_check.h"
 
@@ -21,7 +21,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   fixture->files.Put("/opt/ketra/tessaronconfigfile.txt",
                      std::string(reinterpret_cast<const char*>(data), size));
   try {
-    ketra::ReadFile(p);
+    ketra::ReadSettingsFile(p);
   } catch (...) {
     FUZZ_CHECK(!"ReadFile let a failure through");
   }

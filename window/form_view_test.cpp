@@ -22,8 +22,8 @@
 #include <string>
 #include <vector>
 
-#include "config_appl/form/lamp_bitmaps.h"
-#include "config_appl/model/program_fixture.h"
+#include "config_appl/app/program_fixture.h"
+#include "config_appl/form1/lamp_bitmaps.h"
 #include "platform/runtime/codepage.h"
 #include "tools/ketra-reg/reg_export.h"
 #include "tools/ketra-session/json_dump.h"

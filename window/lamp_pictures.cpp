@@ -1,7 +1,7 @@
 // The lamp bitmap files read into pictures.
 #include "window/lamp_pictures.h"
 
-#include "config_appl/form/lamp_bitmaps.h"
+#include "config_appl/form1/lamp_bitmaps.h"
 #include "window/bitmap_image.h"
 
 namespace ketra::window {

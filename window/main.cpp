@@ -21,7 +21,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "config_appl/model/program.h"
+#include "config_appl/app/program.h"
 #include "platform/device/vspd_device.h"
 #include "platform/device/vspd_socket_path.h"
 #include "platform/forms/app.h"

@@ -2,10 +2,9 @@
 
 #include <string>
 
-#include "config_appl/form/read_ui.h"
+#include "config_appl/form1/controls.h"
 #include "config_appl/port/driver_call.h"
 #include "config_appl/port/driver_record.h"
-#include "config_appl/store/settings_save.h"
 #include "platform/device/device.h"
 #include "platform/runtime/conversion_error.h"
 
@@ -16,7 +15,7 @@ using forms::MsgBoxStyle;
 
 // The row of the port text, filled into the input record; every row that bears the name is
 // taken, the last one winning. No row leaves the record zero.
-bool FillRecord(Program& p, const std::string& port_text, device::Record& in) {
+bool FillRecord(Panel& p, const std::string& port_text, device::Record& in) {
   const Declarations& d = p.decl();
   for (int r = 0; r <= d.LastPort; ++r) {
     if (d.PortTable[r].PortName != port_text) continue;
@@ -31,11 +30,11 @@ bool FillRecord(Program& p, const std::string& port_text, device::Record& in) {
   return true;
 }
 
-void Show(Program& p, const DriverMessage& m) {
+void Show(Panel& p, const DriverMessage& m) {
   p.MsgBox(m.text, m.critical ? MsgBoxStyle::kCritical : MsgBoxStyle::kInformation);
 }
 
-void Send(Program& p, const DriverCommand& command, const std::string& port_text) {
+void Send(Panel& p, const DriverCommand& command, const std::string& port_text) {
   const std::uint8_t unfit_status = 255;  // falls under "any other" in both message tables
   if (port_text.substr(0, 3) != "COM") {
     p.MsgBox("Invalid Port Name! Please select a port from the drop down list",
@@ -61,17 +60,11 @@ void Send(Program& p, const DriverCommand& command, const std::string& port_text
 
 }  // namespace
 
-void CMD_CONNECT_Click(Program& p) {
-  ReadUI(p);
-  if (p.decl().InputInvalid == -1) return;
-  CreateConfigFile2(p);
-  const std::string port_text = p.Text("CMB_PORT");
-  Send(p, kConnectCommand, port_text);
+void SendPortCommand(Panel& p, const DriverCommand& command) {
+  const std::string port_text = p.Text(ctl::kPortList);
+  Send(p, command, port_text);
 }
 
-void CMD_DISCONNECT_Click(Program& p) {
-  const std::string port_text = p.Text("CMB_PORT");
-  Send(p, kDisconnectCommand, port_text);
-}
+void DisconnectClick(Panel& p) { SendPortCommand(p, kDisconnectCommand); }
 
 }  // namespace ketra

@@ -5,14 +5,16 @@
 #ifndef KETRA_CONFIG_APPL_DRIVER_DRIVER_COMMANDS_H_
 #define KETRA_CONFIG_APPL_DRIVER_DRIVER_COMMANDS_H_
 
-#include "config_appl/model/program.h"
+#include "config_appl/model/panel.h"
+#include "config_appl/port/driver_call.h"
 
 namespace ketra {
 
-// Reads and saves the form first, then sends IOCTL_VSP_CONNECT to \\.\<port>.
-void CMD_CONNECT_Click(Program& p);
-// Sends the row as the table holds it, IOCTL_VSP_DISCONNECT to \\.\<port>\p.
-void CMD_DISCONNECT_Click(Program& p);
+// Sends the port's row as the table holds it to the port CMB_PORT names, and shows the answer.
+void SendPortCommand(Panel& p, const DriverCommand& command);
+// The disconnect: IOCTL_VSP_DISCONNECT to \\.\<port>\p. (The connect first reads and saves
+// the form: ConnectClick, config_appl/app/commands.h.)
+void DisconnectClick(Panel& p);
 
 }  // namespace ketra
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "config_appl/model/program_fixture.h"
+#include "config_appl/app/program_fixture.h"
 #include "config_appl/port/driver_record.h"
 #include "platform/runtime/strings.h"
 
@@ -45,7 +45,7 @@ TEST(VspCommand, RoundsHalvesToEvenAndWrapsNothing) {
 TEST_F(DriverCommandTest, DisconnectSendsTheRowNotTheForm) {
   f.p().SetText("TXT_LOCPORT", "4000");
   f.p().SetText("TXT_UDP", "");
-  CMD_DISCONNECT_Click(f.p());
+  DisconnectClick(f.p());
   ASSERT_EQ(f.calls.size(), 3u);
   EXPECT_EQ(f.calls[0].path, "\\\\.\\COM3\\p");
   EXPECT_EQ(f.calls[1].code, device::kIoctlVspDisconnect);
@@ -57,7 +57,7 @@ TEST_F(DriverCommandTest, DisconnectSendsTheRowNotTheForm) {
 
 TEST_F(DriverCommandTest, ARowNumberBeyondItsFieldStopsBeforeTheDevice) {
   f.row(0).RemotePort = "9e9";
-  CMD_DISCONNECT_Click(f.p());
+  DisconnectClick(f.p());
   EXPECT_TRUE(f.calls.empty());
   EXPECT_EQ(f.TakeBoxes(),
             (std::vector<Box>{{"Unable to Disconnect, Please check the configuration parameters",

@@ -12,14 +12,14 @@
 
 #include <string_view>
 
-#include "config_appl/model/program.h"
+#include "config_appl/model/panel.h"
 
 namespace ketra {
 
-void NumericGuard(Program& p, std::string_view field);
-void SelectAll(Program& p, std::string_view field);
-void BoundGuard(Program& p, std::string_view field);
-void DistinctnessGuard(Program& p, std::string_view field);
+void NumericGuard(Panel& p, std::string_view field);
+void SelectAll(Panel& p, std::string_view field);
+void BoundGuard(Panel& p, std::string_view field);
+void DistinctnessGuard(Panel& p, std::string_view field);
 
 }  // namespace ketra
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "config_appl/model/program_fixture.h"
+#include "config_appl/app/program_fixture.h"
 
 namespace ketra {
 namespace {

@@ -1,28 +1,41 @@
 #include "config_appl/form/option_groups.h"
 
+#include "config_appl/form1/controls.h"
+
 #include <array>
 #include <string_view>
 
 namespace ketra {
 namespace {
 
-constexpr std::array<std::string_view, 15> kPortFields = {
-    "OPT_HWF",     "OPT_SWF", "TXT_XON", "TXT_XOFF",     "TXT_UDP",
-    "TXT_IP",      "LBL_UDP", "LBL_IP",  "FRM_FLWCNTRL", "FRM_REMOTE",
-    "TXT_LOCPORT", "TXT_IP1", "TXT_IP2", "TXT_IP3",      "TXT_IP4"};
-constexpr std::array<std::string_view, 4> kFlowFields = {"LBL_XON", "LBL_XOFF", "TXT_XON",
-                                                         "TXT_XOFF"};
+constexpr std::array<std::string_view, 15> kPortFields = {ctl::kHardwareFlow,
+                                                          ctl::kSoftwareFlow,
+                                                          ctl::kXon,
+                                                          ctl::kXoff,
+                                                          ctl::kRemotePort,
+                                                          ctl::kAddressBox,
+                                                          ctl::kRemotePortLabel,
+                                                          ctl::kAddressLabel,
+                                                          ctl::kFlowFrame,
+                                                          ctl::kRemoteFrame,
+                                                          ctl::kLocalPort,
+                                                          ctl::kAddressParts[0],
+                                                          ctl::kAddressParts[1],
+                                                          ctl::kAddressParts[2],
+                                                          ctl::kAddressParts[3]};
+constexpr std::array<std::string_view, 4> kFlowFields = {ctl::kXonLabel, ctl::kXoffLabel, ctl::kXon,
+                                                         ctl::kXoff};
 
 template <std::size_t N>
-void SetAll(Program& p, const std::array<std::string_view, N>& names, bool on) {
+void SetAll(Panel& p, const std::array<std::string_view, N>& names, bool on) {
   for (std::string_view name : names) p.SetEnabled(name, on);
 }
 
 }  // namespace
 
-void OPT_ENB_Click(Program& p) { SetAll(p, kPortFields, true); }
-void OPT_DSB_Click(Program& p) { SetAll(p, kPortFields, false); }
-void OPT_SWF_Click(Program& p) { SetAll(p, kFlowFields, true); }
-void OPT_HWF_Click(Program& p) { SetAll(p, kFlowFields, false); }
+void PortEnabledClick(Panel& p) { SetAll(p, kPortFields, true); }
+void PortDisabledClick(Panel& p) { SetAll(p, kPortFields, false); }
+void SoftwareFlowClick(Panel& p) { SetAll(p, kFlowFields, true); }
+void HardwareFlowClick(Panel& p) { SetAll(p, kFlowFields, false); }
 
 }  // namespace ketra

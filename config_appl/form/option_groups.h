@@ -3,14 +3,14 @@
 #ifndef KETRA_CONFIG_APPL_FORM_OPTION_GROUPS_H_
 #define KETRA_CONFIG_APPL_FORM_OPTION_GROUPS_H_
 
-#include "config_appl/model/program.h"
+#include "config_appl/model/panel.h"
 
 namespace ketra {
 
-void OPT_ENB_Click(Program& p);
-void OPT_DSB_Click(Program& p);
-void OPT_SWF_Click(Program& p);
-void OPT_HWF_Click(Program& p);
+void PortEnabledClick(Panel& p);
+void PortDisabledClick(Panel& p);
+void SoftwareFlowClick(Panel& p);
+void HardwareFlowClick(Panel& p);
 
 }  // namespace ketra
 

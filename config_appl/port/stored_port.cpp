@@ -84,8 +84,8 @@ bool PortValueExists(registry::Registry& reg, std::string_view port_name,
   return exists;
 }
 
-void LoadPortSettings(registry::Registry& reg, std::string& last_read, PortRecord& row,
-                      MissingValue missing) {
+void ReadStoredSettings(registry::Registry& reg, std::string& last_read, PortRecord& row,
+                        MissingValue missing) {
   using runtime::LeadingNumber;
   const std::string name = row.PortName;
   auto read = [&](std::string_view value_name) -> const std::string& {
@@ -121,7 +121,7 @@ std::optional<PortRecord> ReadStoredPort(registry::Registry& registry, std::stri
   SetStartupFlow(row);
   std::string last_read;
   try {
-    LoadPortSettings(registry, last_read, row);
+    ReadStoredSettings(registry, last_read, row);
   } catch (const runtime::ConversionError&) {
     return std::nullopt;
   }
@@ -133,7 +133,7 @@ std::optional<PortRecord> ReadStoredPortOver(registry::Registry& registry, const
   PortRecord row = base;
   std::string last_read;
   try {
-    LoadPortSettings(registry, last_read, row, MissingValue::kKeepRow);
+    ReadStoredSettings(registry, last_read, row, MissingValue::kKeepRow);
   } catch (const runtime::ConversionError&) {
     return std::nullopt;
   }

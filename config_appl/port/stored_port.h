@@ -76,8 +76,8 @@ enum class MissingValue {
 // Reads ENABLED, LOCALPORT, FLOWCONTROL, then XOFF and XON on software flow only, REMOTEIP and
 // REMOTEPORT of the row's port through `last_read`. Throws runtime::ConversionError when a value
 // does not convert, leaving the fields read by then.
-void LoadPortSettings(registry::Registry& reg, std::string& last_read, PortRecord& row,
-                      MissingValue missing = MissingValue::kReadBlanks);
+void ReadStoredSettings(registry::Registry& reg, std::string& last_read, PortRecord& row,
+                        MissingValue missing = MissingValue::kReadBlanks);
 
 // The row for `port_name` the way the start-up's load reads it, for tools that act on a port
 // outside the panel (the driver daemon and its client); nullopt when the key does not exist or

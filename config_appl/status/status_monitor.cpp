@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "config_appl/form1/controls.h"
 #include "platform/runtime/conversions.h"
 
 namespace ketra {
@@ -12,34 +13,34 @@ namespace {
 constexpr double kMin = std::numeric_limits<std::int16_t>::min();
 constexpr double kMax = std::numeric_limits<std::int16_t>::max();
 
-void CopyPicture(Program& p, std::string_view from, std::string_view to) {
+void CopyPicture(Panel& p, std::string_view from, std::string_view to) {
   forms::Form& form = p.form();
   form.SetPicture(form.Id(to), form.at(from).picture);
 }
 
-void Step(Program& p, double delta) {
-  const double value = runtime::LeadingNumber(p.Text("Interval_Time")) + delta;
-  p.SetText("Interval_Time", runtime::SignedNumberText(value));
+void Step(Panel& p, double delta) {
+  const double value = runtime::LeadingNumber(p.Text(ctl::kInterval)) + delta;
+  p.SetText(ctl::kInterval, runtime::SignedNumberText(value));
 }
 
 }  // namespace
 
-void Timer1_Timer(Program& p) {
+void MonitorTick(Panel& p) {
   // The counter stops at the bottom of its range instead of failing, some 22 days after the
   // last Refresh.
   if (p.MonitorCountdown > std::numeric_limits<std::int16_t>::min()) --p.MonitorCountdown;
   if (p.MonitorCountdown == 0) {
-    CopyPicture(p, "Disconnected", "VSP1Picture");
-    CopyPicture(p, "Connected", "VSP2Picture");
-    CopyPicture(p, "Notinstalled", "VSP3Picture");
-    CopyPicture(p, "Connected", "VSP4Picture");
+    CopyPicture(p, ctl::kDisconnectedImage, ctl::kLamps[0]);
+    CopyPicture(p, ctl::kConnectedImage, ctl::kLamps[1]);
+    CopyPicture(p, ctl::kNotInstalledImage, ctl::kLamps[2]);
+    CopyPicture(p, ctl::kConnectedImage, ctl::kLamps[3]);
   }
 }
 
-void Command3_Click(Program& p) {
+void RefreshClick(Panel& p) {
   // A count beyond the counter's range (an exponent form such as 9e9) is taken at the range's
   // end rather than refused: a countdown of 32767 minutes is as good as never.
-  const double minutes = runtime::LeadingNumber(p.Text("Interval_Time"));
+  const double minutes = runtime::LeadingNumber(p.Text(ctl::kInterval));
   if (std::nearbyint(minutes) > kMax) {
     p.MonitorCountdown = std::numeric_limits<std::int16_t>::max();
   } else if (std::nearbyint(minutes) < kMin) {
@@ -49,7 +50,7 @@ void Command3_Click(Program& p) {
   }
 }
 
-void UpDown1_UpClick(Program& p) { Step(p, 1); }
-void UpDown1_DownClick(Program& p) { Step(p, -1); }
+void IntervalUpClick(Panel& p) { Step(p, 1); }
+void IntervalDownClick(Panel& p) { Step(p, -1); }
 
 }  // namespace ketra

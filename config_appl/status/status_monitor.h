@@ -4,14 +4,14 @@
 #ifndef KETRA_CONFIG_APPL_STATUS_STATUS_MONITOR_H_
 #define KETRA_CONFIG_APPL_STATUS_STATUS_MONITOR_H_
 
-#include "config_appl/model/program.h"
+#include "config_appl/model/panel.h"
 
 namespace ketra {
 
-void Timer1_Timer(Program& p);
-void Command3_Click(Program& p);
-void UpDown1_UpClick(Program& p);
-void UpDown1_DownClick(Program& p);
+void MonitorTick(Panel& p);
+void RefreshClick(Panel& p);
+void IntervalUpClick(Panel& p);
+void IntervalDownClick(Panel& p);
 
 }  // namespace ketra
 

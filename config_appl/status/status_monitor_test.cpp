@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "config_appl/model/program_fixture.h"
+#include "config_appl/app/program_fixture.h"
 
 namespace ketra {
 namespace {
@@ -27,7 +27,7 @@ TEST_F(StatusTest, RefreshRoundsHalvesToEvenAndKeepsToTheCountersRange) {
       {"2.5", 2}, {"3.5", 4}, {"abc", 0}, {" 7", 7}, {"9e9", 32767}, {"-9e9", -32768}};
   for (const auto& [text, count] : cases) {
     f.p().SetText("Interval_Time", text);
-    Command3_Click(f.p());
+    RefreshClick(f.p());
     EXPECT_EQ(f.p().MonitorCountdown, count) << text;
   }
   Tick();

@@ -5,7 +5,7 @@
 
 namespace ketra {
 
-void SetRegistryValue(Program& p, registry::HKey hive, std::string_view company,
+void SetRegistryValue(Panel& p, registry::HKey hive, std::string_view company,
                       std::string_view product, std::string_view section,
                       std::string_view value_name, std::string_view value) {
   registry::Registry& reg = p.registry();
@@ -26,11 +26,6 @@ void SetRegistryValue(Program& p, registry::HKey hive, std::string_view company,
                  reinterpret_cast<const std::uint8_t*>(data.data()),
                  static_cast<std::uint32_t>(data.size()));
   reg.CloseKey(key);
-}
-
-const std::string& ReadPortValue(Program& p, std::string_view port_name,
-                                 std::string_view value_name) {
-  return ReadPortValue(p.registry(), p.decl().RegValue, port_name, value_name);
 }
 
 }  // namespace ketra

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "config_appl/model/program.h"
+#include "config_appl/model/panel.h"
 #include "config_appl/port/stored_port.h"
 #include "platform/registry/registry.h"
 
@@ -17,13 +17,9 @@ namespace ketra {
 // and closing it again. A key that cannot be created shows "Error opening or creating registry
 // key -- aborting." in a critical box and ends the program (throws forms::ProgramEnded).
 // A failed write is not noticed.
-void SetRegistryValue(Program& p, registry::HKey hive, std::string_view company,
+void SetRegistryValue(Panel& p, registry::HKey hive, std::string_view company,
                       std::string_view product, std::string_view section,
                       std::string_view value_name, std::string_view value);
-
-// ReadPortValue through the program's RegValue.
-const std::string& ReadPortValue(Program& p, std::string_view port_name,
-                                 std::string_view value_name);
 
 }  // namespace ketra
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "config_appl/model/program_fixture.h"
+#include "config_appl/app/program_fixture.h"
 #include "platform/registry/test_registry.h"
 
 namespace ketra {

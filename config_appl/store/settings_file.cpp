@@ -4,23 +4,11 @@
 #include <memory>
 #include <optional>
 
-#include "platform/runtime/conversion_error.h"
+#include "config_appl/model/resume_next.h"
 #include "platform/runtime/conversions.h"
 
 namespace ketra {
 namespace {
-
-// A failed statement of the reader: it is passed over.
-struct StatementFailed {};
-
-// Runs one statement; a failure of it is dropped and the reader goes on.
-void Statement(const std::function<void()>& body) {
-  try {
-    body();
-  } catch (const StatementFailed&) {
-  } catch (const runtime::ConversionError&) {
-  }
-}
 
 // The text behind the first "=" up to the next one; a line without "=" has none.
 std::string SecondPart(const std::string& line) {
@@ -39,7 +27,7 @@ std::string SectionName(std::string_view line) {
   return std::string(line);
 }
 
-void ReadFile(Program& p) {
+void ReadSettingsFile(Panel& p) {
   Declarations& d = p.decl();
   std::unique_ptr<runtime::TextReader> stream;
   // The line last read stands in for a read that fails, as the reader's variable keeps it.
@@ -51,17 +39,17 @@ void ReadFile(Program& p) {
     line = std::move(*next);
   };
 
-  Statement(
+  ResumeNext(
       [&] { stream = p.files().OpenTextFile(d.AppPath + "/" + std::string(kSettingsFileName)); });
   for (int i = 0; i <= d.LastPort; ++i) {
-    Statement(read_line);
+    ResumeNext(read_line);
     const std::string name = SectionName(line);
     for (int j = 0; j <= d.LastPort; ++j) {
       PortRecord& row = d.PortTable[j];
       if (name != row.PortName) continue;
       auto setting = [&](const std::function<void(const std::string&)>& assign) {
-        Statement(read_line);
-        Statement([&] { assign(SecondPart(line)); });
+        ResumeNext(read_line);
+        ResumeNext([&] { assign(SecondPart(line)); });
       };
       setting([&](const std::string& v) { row.Enabled = runtime::TruthFromText(v); });
       setting([&](const std::string& v) { row.FlowControl = v; });
@@ -72,7 +60,7 @@ void ReadFile(Program& p) {
       setting([&](const std::string& v) { row.XOFF = runtime::ByteFromText(v); });
     }
   }
-  Statement([&] { stream.reset(); });
+  ResumeNext([&] { stream.reset(); });
 }
 
 }  // namespace ketra

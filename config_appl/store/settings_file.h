@@ -7,13 +7,13 @@
 #include <string>
 #include <string_view>
 
-#include "config_appl/model/program.h"
+#include "config_appl/model/panel.h"
 
 namespace ketra {
 
 inline constexpr std::string_view kSettingsFileName = "tessaronconfigfile.txt";
 
-void ReadFile(Program& p);
+void ReadSettingsFile(Panel& p);
 
 // The port name a section line stands for, by the line's length.
 std::string SectionName(std::string_view line);

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "config_appl/model/program_fixture.h"
+#include "config_appl/app/program_fixture.h"
 
 namespace ketra {
 namespace {
@@ -23,7 +23,7 @@ class ReadFileTest : public ::testing::Test {
   }
   void Run(const std::string& contents) {
     f.files.Put("/opt/ketra/tessaronconfigfile.txt", contents);
-    ReadFile(f.p());
+    ReadSettingsFile(f.p());
   }
   ProgramFixture f;
 };
@@ -82,7 +82,7 @@ TEST_F(ReadFileTest, AFileEndingInsideABlockRepeatsItsLastLine) {
 }
 
 TEST_F(ReadFileTest, AMissingFileChangesNothing) {
-  ReadFile(f.p());
+  ReadSettingsFile(f.p());
   EXPECT_EQ(f.row(0).LocalPort, "");
   EXPECT_TRUE(f.TakeBoxes().empty());
 }

@@ -4,7 +4,7 @@
 
 namespace ketra {
 
-void ReadTheRegistry(Program& p) {
+void LoadPortSettings(Panel& p) {
   Declarations& d = p.decl();
   bool read_a_key = false;
   for (int r = 0; r <= d.LastPort; ++r) {
@@ -12,7 +12,7 @@ void ReadTheRegistry(Program& p) {
     const bool has_key = PortKeyExists(p.registry(), row.PortName);
     if (!has_key && read_a_key) continue;
     read_a_key = read_a_key || has_key;
-    LoadPortSettings(p.registry(), d.RegValue, row);
+    ReadStoredSettings(p.registry(), d.RegValue, row);
   }
 }
 

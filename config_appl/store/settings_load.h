@@ -3,15 +3,15 @@
 #ifndef KETRA_CONFIG_APPL_STORE_SETTINGS_LOAD_H_
 #define KETRA_CONFIG_APPL_STORE_SETTINGS_LOAD_H_
 
-#include "config_appl/model/program.h"
+#include "config_appl/model/panel.h"
 
 namespace ketra {
 
-// LoadPortSettings (config_appl/port/stored_port.h) for every row, through the program's
+// ReadStoredSettings (config_appl/port/stored_port.h) for every row, through the program's
 // RegValue. A failed conversion stops the whole load where it stands. A port without a key,
 // once some port's key has been read, is passed over: it would otherwise take the previous
 // port's last text for its own.
-void ReadTheRegistry(Program& p);
+void LoadPortSettings(Panel& p);
 
 }  // namespace ketra
 

@@ -7,7 +7,7 @@
 
 namespace ketra {
 
-void CreateConfigFile2(Program& p) {
+void SaveAllPorts(Panel& p) {
   // One transaction: another process, or a kill in the middle, sees the store as it was before
   // the save or as it is after it. A key that cannot be created commits what was written before
   // it (SetRegistryValue) and ends the program.

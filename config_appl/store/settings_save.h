@@ -5,11 +5,11 @@
 #ifndef KETRA_CONFIG_APPL_STORE_SETTINGS_SAVE_H_
 #define KETRA_CONFIG_APPL_STORE_SETTINGS_SAVE_H_
 
-#include "config_appl/model/program.h"
+#include "config_appl/model/panel.h"
 
 namespace ketra {
 
-void CreateConfigFile2(Program& p);
+void SaveAllPorts(Panel& p);
 
 }  // namespace ketra
 

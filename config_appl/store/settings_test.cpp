@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "config_appl/model/populate_data.h"
-#include "config_appl/model/program_fixture.h"
-#include "config_appl/model/read_registry.h"
+#include "config_appl/app/program_fixture.h"
+#include "config_appl/model/default_settings.h"
 #include "config_appl/port/address.h"
+#include "config_appl/store/discover_ports.h"
 #include "config_appl/store/registry_value.h"
 #include "config_appl/store/settings_load.h"
 #include "config_appl/store/settings_save.h"
@@ -28,7 +28,7 @@ using testing::ProgramFixture;
 // Discovery and the start-up's presets, without the form.
 void Discover(ProgramFixture& f, int ports) {
   f.AddPorts(ports);
-  ReadRegistry(f.p());
+  DiscoverPorts(f.p());
   Declarations& d = f.p().decl();
   d.LastPort = static_cast<std::int16_t>(d.PortCount - 1);
   for (int r = 0; r <= d.LastPort; ++r) {
@@ -43,7 +43,7 @@ struct StoredForm {
   const char* stored;
 };
 
-TEST(CreateConfigFile2, PortTextsAreStoredAsTheirLeadingNumber) {
+TEST(SaveAllPorts, PortTextsAreStoredAsTheirLeadingNumber) {
   const std::vector<StoredForm> cases = {
       {"03000", "3000"}, {"", "0"}, {"12ab", "12"}, {"1.5", "1.5"}, {"9e15", "9E+15"}};
   for (const StoredForm& c : cases) {
@@ -51,7 +51,7 @@ TEST(CreateConfigFile2, PortTextsAreStoredAsTheirLeadingNumber) {
   }
 }
 
-TEST(CreateConfigFile2, AddressesAreStoredAsSignedNumbers) {
+TEST(SaveAllPorts, AddressesAreStoredAsSignedNumbers) {
   const std::vector<StoredForm> cases = {{"192.168.1.200", "-939415360"},
                                          {"255.255.255.255", "-1"},
                                          {"no address", "-1"},
@@ -59,10 +59,10 @@ TEST(CreateConfigFile2, AddressesAreStoredAsSignedNumbers) {
   for (const StoredForm& c : cases) EXPECT_EQ(StoredAddressText(c.field_text), c.stored);
 }
 
-TEST(CreateConfigFile2, SwitchesHaveExactlyTwoForms) {
+TEST(SaveAllPorts, SwitchesHaveExactlyTwoForms) {
   ProgramFixture f;
   Discover(f, 4);
-  PopulateData(f.p());
+  ApplyDefaultSettings(f.p());
   const char* flows[] = {"1", "", "01", " 1"};
   const std::int16_t enables[] = {-1, 0, 1, -2};
   for (int r = 0; r < 4; ++r) {
@@ -71,7 +71,7 @@ TEST(CreateConfigFile2, SwitchesHaveExactlyTwoForms) {
   }
   f.row(0).XON = 0;
   f.row(0).XOFF = 255;
-  CreateConfigFile2(f.p());
+  SaveAllPorts(f.p());
   EXPECT_EQ(f.Stored("COM3", "FLOWCONTROL"), "49");
   EXPECT_EQ(f.Stored("COM3", "ENABLED"), "49");
   EXPECT_EQ(f.Stored("COM3", "XON"), "0");
@@ -82,12 +82,12 @@ TEST(CreateConfigFile2, SwitchesHaveExactlyTwoForms) {
   }
 }
 
-TEST(CreateConfigFile2, AKeyThatCannotBeCreatedKeepsWhatWasWrittenBeforeIt) {
+TEST(SaveAllPorts, AKeyThatCannotBeCreatedKeepsWhatWasWrittenBeforeIt) {
   ProgramFixture f;
   Discover(f, 4);
-  PopulateData(f.p());
+  ApplyDefaultSettings(f.p());
   f.registry.FailWhen(registry::FaultyRegistry::Op::kCreate, "COM5");
-  EXPECT_THROW(CreateConfigFile2(f.p()), forms::ProgramEnded);
+  EXPECT_THROW(SaveAllPorts(f.p()), forms::ProgramEnded);
   EXPECT_EQ(f.TakeBoxes(), (std::vector<Box>{{"Error opening or creating registry key -- aborting.",
                                               forms::MsgBoxStyle::kCritical}}));
   EXPECT_EQ(f.Stored("COM3", "REMOTEIP"), "587311296");
@@ -99,7 +99,7 @@ TEST(CreateConfigFile2, AKeyThatCannotBeCreatedKeepsWhatWasWrittenBeforeIt) {
 
 // A save on a real hive file, killed at a moment of its own choosing: the store holds one
 // whole save, the last one reported done or the one that was under way, never a mix.
-TEST(CreateConfigFile2, ASaveKilledAtAnyMomentLeavesTheStoreAsBeforeOrAfterIt) {
+TEST(SaveAllPorts, ASaveKilledAtAnyMomentLeavesTheStoreAsBeforeOrAfterIt) {
   constexpr int kPorts = 101;
   registry::TestHiveDir dir;
   const std::string hive = dir.File("hive.db");
@@ -117,7 +117,7 @@ TEST(CreateConfigFile2, ASaveKilledAtAnyMomentLeavesTheStoreAsBeforeOrAfterIt) {
             d.PortTable[r] = {-1,  "COM" + std::to_string(r + 3),    "127.0.0.1", text, text,
                               "0", static_cast<std::uint8_t>(round), 65};
           }
-          CreateConfigFile2(program);
+          SaveAllPorts(program);
           report(round);
         }
       });
@@ -141,43 +141,43 @@ TEST(CreateConfigFile2, ASaveKilledAtAnyMomentLeavesTheStoreAsBeforeOrAfterIt) {
   EXPECT_EQ(mixed, 0);
 }
 
-TEST(ReadTheRegistry, StopsAtAStoredByteOutOfRange) {
+TEST(LoadPortSettings, StopsAtAStoredByteOutOfRange) {
   ProgramFixture f;
   Discover(f, 2);
-  PopulateData(f.p());
+  ApplyDefaultSettings(f.p());
   f.row(0).FlowControl = "1";
   f.row(1).LocalPort = "4444";
-  CreateConfigFile2(f.p());
+  SaveAllPorts(f.p());
   f.Store("COM3", "XON", "256");
   f.NewProgram();
   Discover(f, 0);
-  EXPECT_THROW(ReadTheRegistry(f.p()), runtime::ConversionError);
+  EXPECT_THROW(LoadPortSettings(f.p()), runtime::ConversionError);
   EXPECT_EQ(f.row(0).XOFF, 65);
   EXPECT_EQ(f.row(0).RemoteIP, "");   // never reached
   EXPECT_EQ(f.row(1).LocalPort, "");  // the port behind is not read
 }
 
-TEST(ReadTheRegistry, APortWithoutAKeyDoesNotTakeThePreviousPortsText) {
+TEST(LoadPortSettings, APortWithoutAKeyDoesNotTakeThePreviousPortsText) {
   ProgramFixture f;
   Discover(f, 3);
-  PopulateData(f.p());
+  ApplyDefaultSettings(f.p());
   f.row(0).RemotePort = "4000";
   f.row(2).LocalPort = "5555";
-  CreateConfigFile2(f.p());
+  SaveAllPorts(f.p());
   f.memory->DeleteTree(registry::kHKeyLocalMachine, "Software\\Tessaron\\VSP\\COM4");
   f.NewProgram();
   Discover(f, 0);
-  ReadTheRegistry(f.p());
+  LoadPortSettings(f.p());
   EXPECT_EQ(f.row(1).LocalPort, "");
   EXPECT_EQ(f.row(1).RemotePort, "");
   EXPECT_EQ(f.row(2).LocalPort, "5555");
 }
 
-TEST(ReadTheRegistry, StoredSwitchesCompareAsNumbers) {
+TEST(LoadPortSettings, StoredSwitchesCompareAsNumbers) {
   ProgramFixture f;
   Discover(f, 1);
-  PopulateData(f.p());
-  CreateConfigFile2(f.p());
+  ApplyDefaultSettings(f.p());
+  SaveAllPorts(f.p());
   const std::vector<std::tuple<const char*, const char*, std::int16_t, const char*>> cases = {
       {"49", "48", -1, "0"},
       {"49.0", "48.0", -1, "0"},
@@ -187,7 +187,7 @@ TEST(ReadTheRegistry, StoredSwitchesCompareAsNumbers) {
   for (const auto& [enabled, flow, want_enabled, want_flow] : cases) {
     f.Store("COM3", "ENABLED", enabled);
     f.Store("COM3", "FLOWCONTROL", flow);
-    ReadTheRegistry(f.p());
+    LoadPortSettings(f.p());
     EXPECT_EQ(f.row(0).Enabled, want_enabled) << enabled;
     EXPECT_EQ(f.row(0).FlowControl, want_flow) << flow;
   }

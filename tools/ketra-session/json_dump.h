@@ -10,7 +10,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "config_appl/model/program.h"
+#include "config_appl/app/program.h"
 #include "platform/device/tracing_device.h"
 #include "platform/forms/control.h"
 #include "platform/forms/form.h"

@@ -162,7 +162,7 @@ forms::ControlId Session::FirstOfKind(forms::Kind kind) const {
 std::string Session::Handler(forms::ControlId id, std::string_view notification) const {
   if (id == forms::kNoControl) return "";
   const forms::Control& control = program_.form().at(id);
-  // The form's own handlers carry the name "Form", as Form_Load does.
+  // The form's own handlers carry the name "Form", as StartUp does.
   const std::string owner = control.kind == forms::Kind::kForm ? "Form" : control.name;
   std::string name = owner + "_" + std::string(notification);
   return routines_.count(name) > 0 ? name : "";

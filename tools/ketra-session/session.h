@@ -17,7 +17,7 @@
 #include <string_view>
 #include <vector>
 
-#include "config_appl/model/program.h"
+#include "config_appl/app/program.h"
 #include "platform/device/device.h"
 #include "platform/device/scripted_device.h"
 #include "platform/device/tracing_device.h"

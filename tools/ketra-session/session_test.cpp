@@ -71,7 +71,7 @@ TEST_F(SessionTest, TextsRoundTripBetweenUtf8AndTheProgramsCodePage) {
 }
 
 TEST_F(SessionTest, AFailureNamesTheRoutineTheCommandRan) {
-  // A stored XOFF that is no byte stops ConfigureFromTheFile2 inside the port choice.
+  // A stored XOFF that is no byte stops ShowStoredPort inside the port choice.
   std::ostringstream out;
   Session session(Environment{*registry_, app_, files_}, out);
   ASSERT_TRUE(session.Execute("start", 1));

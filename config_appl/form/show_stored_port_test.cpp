@@ -1,11 +1,11 @@
-#include "config_appl/form/configure_from_the_file2.h"
+#include "config_appl/form/show_stored_port.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "config_appl/model/program_fixture.h"
+#include "config_appl/app/program_fixture.h"
 
 namespace ketra {
 namespace {
@@ -32,7 +32,7 @@ TEST_F(ConfigureTest, AnEmptyPortTextReadsNothing) {
   Program& p = f.p();
   p.SetText("TXT_LOCPORT", "1234");
   p.SetText("CMB_PORT", "");
-  ConfigureFromTheFile2(p);
+  ShowStoredPort(p);
   EXPECT_EQ(p.Text("TXT_LOCPORT"), "1234");
 }
 

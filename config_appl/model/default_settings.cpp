@@ -1,8 +1,8 @@
-#include "config_appl/model/populate_data.h"
+#include "config_appl/model/default_settings.h"
 
 namespace ketra {
 
-void PopulateData(Program& p) {
+void ApplyDefaultSettings(Panel& p) {
   Declarations& d = p.decl();
   for (int r = 0; r <= d.LastPort; ++r) SetDefaultSettings(d.PortTable[r], r);
 }

@@ -1,11 +1,11 @@
-#include "config_appl/form/read_ui.h"
+#include "config_appl/form/read_form.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "config_appl/model/program_fixture.h"
+#include "config_appl/app/program_fixture.h"
 
 namespace ketra {
 namespace {
@@ -14,7 +14,7 @@ using forms::MsgBoxStyle;
 using testing::Box;
 using testing::ProgramFixture;
 
-class ReadUITest : public ::testing::Test {
+class ReadFormTest : public ::testing::Test {
  protected:
   void SetUp() override {
     f.AddPorts(2);
@@ -32,7 +32,7 @@ struct Refusal {
   bool flow_bytes_stored;
 };
 
-TEST_F(ReadUITest, RefusesTheFirstEmptyFieldInItsOrder) {
+TEST_F(ReadFormTest, RefusesTheFirstEmptyFieldInItsOrder) {
   const std::vector<Refusal> cases = {
       {"local port", false, {{"TXT_LOCPORT", ""}, {"TXT_UDP", ""}}, "Local Port Invalid", false},
       {"address", false, {{"TXT_IP3", ""}, {"TXT_UDP", ""}}, "IP Address invalid", false},
@@ -56,8 +56,7 @@ TEST_F(ReadUITest, RefusesTheFirstEmptyFieldInItsOrder) {
     p.SetText("TXT_XOFF", "&H13");
     p.SetValue("OPT_DSB", true);
     for (const auto& [field, text] : c.fields) p.SetText(field, text);
-    ReadUI(p);
-    EXPECT_EQ(p.decl().InputInvalid, -1) << c.what;
+    EXPECT_FALSE(ReadForm(p)) << c.what;
     EXPECT_EQ(g.TakeBoxes(), (std::vector<Box>{{c.message, MsgBoxStyle::kPlain}})) << c.what;
     EXPECT_EQ(g.row(0).FlowControl, c.software ? "1" : "0") << c.what;
     EXPECT_EQ(g.row(0).Enabled, 0) << c.what;
@@ -66,7 +65,7 @@ TEST_F(ReadUITest, RefusesTheFirstEmptyFieldInItsOrder) {
   }
 }
 
-TEST_F(ReadUITest, CopiesTheFormIntoTheNamedRow) {
+TEST_F(ReadFormTest, CopiesTheFormIntoTheNamedRow) {
   Program& p = f.p();
   p.SetValue("OPT_SWF", true);
   p.SetText("TXT_LOCPORT", "12 ");
@@ -75,8 +74,7 @@ TEST_F(ReadUITest, CopiesTheFormIntoTheNamedRow) {
   p.SetText("TXT_UDP", "0099");
   p.SetText("TXT_XON", "17");  // the code of "1"
   p.SetText("TXT_XOFF", "&");
-  ReadUI(p);
-  EXPECT_EQ(p.decl().InputInvalid, 0);
+  EXPECT_TRUE(ReadForm(p));
   EXPECT_EQ(f.row(0).LocalPort, "12 ");
   EXPECT_EQ(f.row(0).RemoteIP, "10.168.1.7");
   EXPECT_EQ(f.row(0).RemotePort, "0099");
@@ -86,16 +84,14 @@ TEST_F(ReadUITest, CopiesTheFormIntoTheNamedRow) {
   EXPECT_TRUE(f.TakeBoxes().empty());
 }
 
-TEST_F(ReadUITest, EmptyPortListAndUnknownPort) {
+TEST_F(ReadFormTest, EmptyPortListAndUnknownPort) {
   Program& p = f.p();
   p.SetText("CMB_PORT", "");
-  ReadUI(p);
-  EXPECT_EQ(p.decl().InputInvalid, -1);
+  EXPECT_FALSE(ReadForm(p));
   EXPECT_EQ(f.TakeBoxes(), (std::vector<Box>{{"Invalid serial port", MsgBoxStyle::kExclamation}}));
   p.SetText("CMB_PORT", "COM77");
   p.SetText("TXT_UDP", "");
-  ReadUI(p);
-  EXPECT_EQ(p.decl().InputInvalid, 0);
+  EXPECT_TRUE(ReadForm(p));
   EXPECT_TRUE(f.TakeBoxes().empty());
 }
 

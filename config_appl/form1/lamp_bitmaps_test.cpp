@@ -1,4 +1,4 @@
-#include "config_appl/form/lamp_bitmaps.h"
+#include "config_appl/form1/lamp_bitmaps.h"
 
 #include <gtest/gtest.h>
 

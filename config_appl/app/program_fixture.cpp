@@ -1,4 +1,4 @@
-#include "config_appl/model/program_fixture.h"
+#include "config_appl/app/program_fixture.h"
 
 #include "platform/registry/memory_registry.h"
 

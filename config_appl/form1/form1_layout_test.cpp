@@ -1,4 +1,4 @@
-#include "config_appl/form/form1_layout.h"
+#include "config_appl/form1/form1_layout.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // The lamp pictures are drawn here rather than shipped as files, so the three stay identical in
 // shape and differ in their fill alone.
-#include "config_appl/form/lamp_bitmaps.h"
+#include "config_appl/form1/lamp_bitmaps.h"
 
 #include <cstddef>
 

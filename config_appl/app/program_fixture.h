@@ -1,8 +1,8 @@
 // A program instance on fakes, for the tests of the panel's routines: an in-memory registry
 // behind a fault-injecting wrapper, the scripted driver, an in-memory file system, a fixed
 // program directory and a recorder of message boxes.
-#ifndef KETRA_CONFIG_APPL_MODEL_PROGRAM_FIXTURE_H_
-#define KETRA_CONFIG_APPL_MODEL_PROGRAM_FIXTURE_H_
+#ifndef KETRA_CONFIG_APPL_APP_PROGRAM_FIXTURE_H_
+#define KETRA_CONFIG_APPL_APP_PROGRAM_FIXTURE_H_
 
 #include <cstdint>
 #include <memory>
@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "config_appl/model/program.h"
+#include "config_appl/app/program.h"
 #include "platform/device/scripted_device.h"
 #include "platform/device/tracing_device.h"
 #include "platform/registry/faulty_registry.h"
@@ -83,4 +83,4 @@ class ProgramFixture {
 
 }  // namespace ketra::testing
 
-#endif  // KETRA_CONFIG_APPL_MODEL_PROGRAM_FIXTURE_H_
+#endif  // KETRA_CONFIG_APPL_APP_PROGRAM_FIXTURE_H_

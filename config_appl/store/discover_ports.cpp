@@ -1,4 +1,4 @@
-#include "config_appl/model/read_registry.h"
+#include "config_appl/store/discover_ports.h"
 
 #include <charconv>
 #include <cstdint>
@@ -17,7 +17,7 @@ std::string PortNameFromValueText(std::string_view value_text) {
   return runtime::TrimSpaces(name);
 }
 
-void ReadRegistry(Program& p) {
+void DiscoverPorts(Panel& p) {
   registry::Registry& reg = p.registry();
   Declarations& d = p.decl();
 

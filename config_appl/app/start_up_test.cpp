@@ -1,11 +1,11 @@
-#include "config_appl/model/form_load.h"
+#include "config_appl/app/start_up.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "config_appl/model/program_fixture.h"
+#include "config_appl/app/program_fixture.h"
 
 namespace ketra {
 namespace {

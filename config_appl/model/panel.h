@@ -1,18 +1,17 @@
-// One instance of the panel: the port table and the module-level state beside it, Form1 built
-// from its layout with every handler wired, and the platform services it runs on. Everything a
-// run of the program holds lives here, so tests can run many instances side by side.
+// One instance of the panel's data and surroundings: the port table and the module-level state
+// beside it, the form it shows and the platform services it runs on. Every routine of form/,
+// store/, driver/ and status/ is a free function over a Panel, in the file of its own concept.
+// The program object that builds the form and wires those routines to it is one layer up
+// (config_appl/app/program.h), so nothing here knows the routines.
 //
-// The routines of the system are free functions over a Program (ReadRegistry(p), ReadUI(p), ...),
-// each in the file of its own concept; Call runs any of them, or any event handler, by its name.
-// Single-threaded, as the form engine is. Does not own the platform services.
-#ifndef KETRA_CONFIG_APPL_MODEL_PROGRAM_H_
-#define KETRA_CONFIG_APPL_MODEL_PROGRAM_H_
+// Single-threaded, as the form engine is. Owns neither the form nor the platform services.
+#ifndef KETRA_CONFIG_APPL_MODEL_PANEL_H_
+#define KETRA_CONFIG_APPL_MODEL_PANEL_H_
 
 #include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "config_appl/port/port_record.h"
 #include "platform/device/device.h"
@@ -29,13 +28,17 @@ struct Declarations {
   std::array<PortRecord, kPortTableRows> PortTable{};
   std::int16_t PortCount = 0;
   std::int16_t LastPort = 0;
+  // -1 when the last read of the form refused a field, else 0. Only shown (ketra-session's
+  // state); the routines pass ReadForm's verdict as its return value.
   std::int16_t InputInvalid = 0;
+  // The text the last read of the store left: a port without a key reads it again
+  // (config_appl/port/stored_port.h, ReadPortValue).
   std::string RegValue;
   std::string AppPath;
   device::Handle DeviceHandle = 0;
 };
 
-// The platform services a program instance runs on; all must outlive it.
+// The platform services a panel runs on; all must outlive it.
 struct Platform {
   registry::Registry& registry;
   device::DeviceIo& device;
@@ -44,21 +47,11 @@ struct Platform {
   forms::MessageBoxService& boxes;
 };
 
-class Program {
+class Panel {
  public:
-  explicit Program(const Platform& platform);
-  Program(const Program&) = delete;
-  Program& operator=(const Program&) = delete;
-
-  // The process entry: the form is created and its load event runs, then the form is shown.
-  // Throws forms::ProgramEnded when the program ended during the load.
-  void Start() { form_.Start(); }
-
-  // Runs a routine or event handler by its own name ("ReadUI", "CMD_CONNECT_Click", ...).
-  // Returns false for a name the program does not have. Failures propagate.
-  bool Call(std::string_view routine);
-  // Every name Call accepts.
-  static std::vector<std::string_view> RoutineNames();
+  Panel(const Platform& platform, forms::Form& form) : platform_(platform), form_(form) {}
+  Panel(const Panel&) = delete;
+  Panel& operator=(const Panel&) = delete;
 
   Declarations& decl() { return decl_; }
   const Declarations& decl() const { return decl_; }
@@ -72,7 +65,7 @@ class Program {
   // A member of Form1: the status page's countdown, in ticks of Timer1.
   std::int16_t MonitorCountdown = 0;
 
-  // Short-hands for the form's controls by name.
+  // Short-hands for the form's controls by name (config_appl/form/controls.h).
   const forms::Control& Ctl(std::string_view name) const { return form_.at(name); }
   const std::string& Text(std::string_view name) const { return form_.at(name).text; }
   bool Value(std::string_view name) const { return form_.at(name).value; }
@@ -86,9 +79,9 @@ class Program {
  private:
   Platform platform_;
   Declarations decl_;
-  forms::Form form_;
+  forms::Form& form_;
 };
 
 }  // namespace ketra
 
-#endif  // KETRA_CONFIG_APPL_MODEL_PROGRAM_H_
+#endif  // KETRA_CONFIG_APPL_MODEL_PANEL_H_

@@ -1,11 +1,12 @@
-#include "config_appl/form/configure_from_the_file2.h"
+#include "config_appl/form/show_stored_port.h"
 
 #include <cstdio>
 #include <string_view>
 #include <vector>
 
+#include "config_appl/form1/controls.h"
 #include "config_appl/port/address.h"
-#include "config_appl/store/registry_value.h"
+#include "config_appl/port/stored_port.h"
 #include "platform/runtime/conversions.h"
 
 namespace ketra {
@@ -32,9 +33,9 @@ std::string FlowCharDisplay(double code) {
   return hex;
 }
 
-void ConfigureFromTheFile2(Program& p) {
+void ShowStoredPort(Panel& p) {
   using runtime::LeadingNumber;
-  const std::string port = p.Text("CMB_PORT");
+  const std::string port = p.Text(ctl::kPortList);
   if (port.empty()) return;
   Declarations& d = p.decl();
   for (int r = 0; r <= d.LastPort; ++r) {
@@ -42,47 +43,47 @@ void ConfigureFromTheFile2(Program& p) {
     if (row.PortName != port) continue;
     const std::string name = row.PortName;
     auto read = [&](std::string_view value_name) -> const std::string& {
-      return ReadPortValue(p, name, value_name);
+      return ReadPortValue(p.registry(), d.RegValue, name, value_name);
     };
 
     if (LeadingNumber(read(stored::kEnabled)) == kStoredOn) {
       row.Enabled = -1;
-      p.SetValue("OPT_ENB", true);
-      p.SetValue("OPT_DSB", false);
+      p.SetValue(ctl::kEnabled, true);
+      p.SetValue(ctl::kDisabled, false);
     } else {
       row.Enabled = 0;
-      p.SetValue("OPT_ENB", false);
-      p.SetValue("OPT_DSB", true);
+      p.SetValue(ctl::kEnabled, false);
+      p.SetValue(ctl::kDisabled, true);
     }
 
     row.LocalPort = read(stored::kLocalPort);
-    p.SetText("TXT_LOCPORT", d.RegValue);
+    p.SetText(ctl::kLocalPort, row.LocalPort);
 
     if (LeadingNumber(read(stored::kFlowControl)) == kStoredOn) {
       row.FlowControl = kSoftwareFlow;
-      p.SetValue("OPT_SWF", true);
+      p.SetValue(ctl::kSoftwareFlow, true);
       const std::string& xoff = read(stored::kXoff);
       row.XOFF = runtime::ByteFromText(xoff);
-      p.SetText("TXT_XOFF", FlowCharDisplay(LeadingNumber(d.RegValue)));
+      p.SetText(ctl::kXoff, FlowCharDisplay(LeadingNumber(xoff)));
       const std::string& xon = read(stored::kXon);
       row.XON = runtime::ByteFromText(xon);
-      p.SetText("TXT_XON", FlowCharDisplay(LeadingNumber(d.RegValue)));
+      p.SetText(ctl::kXon, FlowCharDisplay(LeadingNumber(xon)));
     } else {
       row.FlowControl = kHardwareFlow;
-      p.SetValue("OPT_HWF", true);
+      p.SetValue(ctl::kHardwareFlow, true);
     }
 
     const std::string dotted =
         TextFromStored(runtime::RoundToInt32(LeadingNumber(read(stored::kRemoteIp))));
     row.RemoteIP = dotted;
     const std::vector<std::string> parts = SplitAtDots(dotted);
-    p.SetText("TXT_IP1", parts.at(0));
-    p.SetText("TXT_IP2", parts.at(1));
-    p.SetText("TXT_IP3", parts.at(2));
-    p.SetText("TXT_IP4", parts.at(3));
+    p.SetText(ctl::kAddressParts[0], parts.at(0));
+    p.SetText(ctl::kAddressParts[1], parts.at(1));
+    p.SetText(ctl::kAddressParts[2], parts.at(2));
+    p.SetText(ctl::kAddressParts[3], parts.at(3));
 
     row.RemotePort = read(stored::kRemotePort);
-    p.SetText("TXT_UDP", d.RegValue);
+    p.SetText(ctl::kRemotePort, row.RemotePort);
   }
 }
 

@@ -2,8 +2,8 @@
 // twips, tab index, caption or default text, length limit, state at start and picture, in the
 // order of the form's layout tables. The headless engine and the Qt window are both built from
 // this one table.
-#ifndef KETRA_CONFIG_APPL_FORM_FORM1_LAYOUT_H_
-#define KETRA_CONFIG_APPL_FORM_FORM1_LAYOUT_H_
+#ifndef KETRA_CONFIG_APPL_FORM1_FORM1_LAYOUT_H_
+#define KETRA_CONFIG_APPL_FORM1_FORM1_LAYOUT_H_
 
 #include <span>
 
@@ -18,4 +18,4 @@ std::span<const forms::ControlSpec> Form1Layout();
 
 }  // namespace ketra
 
-#endif  // KETRA_CONFIG_APPL_FORM_FORM1_LAYOUT_H_
+#endif  // KETRA_CONFIG_APPL_FORM1_FORM1_LAYOUT_H_

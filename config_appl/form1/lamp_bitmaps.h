@@ -2,8 +2,8 @@
 // 24 bits a pixel, 1374 bytes; a disc with a one-pixel black outline (bounding box columns 1 to
 // 16, rows 3 to 18 from the top left) on a background of RGB 228, 227, 226, filled green
 // (0, 255, 128), red (255, 0, 0) or grey (200, 200, 200).
-#ifndef KETRA_CONFIG_APPL_FORM_LAMP_BITMAPS_H_
-#define KETRA_CONFIG_APPL_FORM_LAMP_BITMAPS_H_
+#ifndef KETRA_CONFIG_APPL_FORM1_LAMP_BITMAPS_H_
+#define KETRA_CONFIG_APPL_FORM1_LAMP_BITMAPS_H_
 
 #include <cstdint>
 #include <vector>
@@ -17,4 +17,4 @@ std::vector<std::uint8_t> LampBitmap(forms::Picture picture);
 
 }  // namespace ketra
 
-#endif  // KETRA_CONFIG_APPL_FORM_LAMP_BITMAPS_H_
+#endif  // KETRA_CONFIG_APPL_FORM1_LAMP_BITMAPS_H_

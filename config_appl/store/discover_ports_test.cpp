@@ -1,4 +1,4 @@
-#include "config_appl/model/read_registry.h"
+#include "config_appl/store/discover_ports.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "config_appl/model/program_fixture.h"
+#include "config_appl/app/program_fixture.h"
 #include "platform/registry/test_registry.h"
 
 namespace ketra {
@@ -22,7 +22,7 @@ std::vector<std::string> Names(Program& p) {
 
 // How a value's text is cut to a name is PortNameFromValueText's table below; an empty map is
 // the no-ports session's.
-TEST(ReadRegistry, GivesRowsInDeviceOrder) {
+TEST(DiscoverPorts, GivesRowsInDeviceOrder) {
   struct Case {
     const char* what;
     std::vector<std::pair<int, std::string>> devices;
@@ -43,7 +43,7 @@ TEST(ReadRegistry, GivesRowsInDeviceOrder) {
   for (const Case& c : cases) {
     ProgramFixture f;
     for (const auto& [device, data] : c.devices) f.AddDevice(device, data);
-    ReadRegistry(f.p());
+    DiscoverPorts(f.p());
     EXPECT_EQ(Names(f.p()), c.expected) << c.what;
     EXPECT_EQ(f.p().decl().PortCount, static_cast<int>(c.expected.size())) << c.what;
   }
@@ -61,16 +61,16 @@ TEST(PortNameFromValueText, CutsAtTheFifthCharacter) {
   }
 }
 
-TEST(ReadRegistry, StopsAtTheHundredAndSecondPort) {
+TEST(DiscoverPorts, StopsAtTheHundredAndSecondPort) {
   ProgramFixture f;
   for (int i = 0; i < 102; ++i) f.AddDevice(i, "COM" + std::to_string(i + 1));
-  ReadRegistry(f.p());
+  DiscoverPorts(f.p());
   EXPECT_EQ(f.p().decl().PortCount, 101);
   EXPECT_EQ(f.row(100).PortName, "COM10");  // COM101 cut to five characters
   EXPECT_EQ(f.row(0).PortName, "COM1");
 }
 
-TEST(ReadRegistry, ValuesOfOtherTypesAreReadAsText) {
+TEST(DiscoverPorts, ValuesOfOtherTypesAreReadAsText) {
   ProgramFixture f;
   const char* map = "HARDWARE\\DEVICEMAP\\SERIALCOMM";
   registry::PutValue(*f.memory, map, "\\Device\\TesSerial0", registry::kRegBinary, "COM7");
@@ -78,7 +78,7 @@ TEST(ReadRegistry, ValuesOfOtherTypesAreReadAsText) {
   // A DWORD 0x43 reads as "C" and three NULs.
   registry::PutValue(*f.memory, map, "\\Device\\TesSerial2", registry::kRegDword,
                      std::string("C\0\0\0", 4));
-  ReadRegistry(f.p());
+  DiscoverPorts(f.p());
   ASSERT_EQ(f.p().decl().PortCount, 2);
   EXPECT_EQ(f.row(0).PortName, "COM7");
   EXPECT_EQ(f.row(1).PortName, std::string("C\0\0\0", 4));

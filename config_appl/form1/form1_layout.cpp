@@ -1,9 +1,10 @@
 // Form1 as data. The rows follow the form's layout tables: the window, the tab control, the
 // "Config" page and its groups, then the "Status  " page, its lamps and the timer.
-#include "config_appl/form/form1_layout.h"
+#include "config_appl/form1/form1_layout.h"
 
 #include <string_view>
 
+#include "config_appl/form1/controls.h"
 #include "platform/forms/layout_row.h"
 
 namespace ketra {
@@ -27,9 +28,9 @@ constexpr int kImageHeight = 264;
 
 constexpr forms::ControlSpec kForm1[] = {
     // The form's own row: the client area's size and its design position on the screen.
-    LayoutRow("Form1", Kind::kForm).At(4332, 1080, 6036, 8832).Caption("Ketra_v1.4.2"),
+    LayoutRow(ctl::kForm, Kind::kForm).At(4332, 1080, 6036, 8832).Caption("Ketra_v1.4.2"),
     // Its lower edge lies 183 twips below the client area.
-    LayoutRow("SSTab1", Kind::kTab, "Form1").At(120, 120, 5805, 8895).Tab(0).Pages(kTabCaptions),
+    LayoutRow("SSTab1", Kind::kTab, ctl::kForm).At(120, 120, 5805, 8895).Tab(0).Pages(kTabCaptions),
 
     // Page "Config".
     LayoutRow("Frame2", Kind::kFrame, "SSTab1").Page(0).At(240, 600, 5415, 8055).Tab(2),
@@ -37,30 +38,30 @@ constexpr forms::ControlSpec kForm1[] = {
         .At(240, 360, 4335, 2055)
         .Tab(22)
         .Caption("Local Settings"),
-    LayoutRow("FRM_FLWCNTRL", Kind::kFrame, "Frame2")
+    LayoutRow(ctl::kFlowFrame, Kind::kFrame, "Frame2")
         .At(240, 2520, 4335, 2415)
         .Tab(15)
         .Caption("Flow Control Mechanism"),
-    LayoutRow("FRM_REMOTE", Kind::kFrame, "Frame2")
+    LayoutRow(ctl::kRemoteFrame, Kind::kFrame, "Frame2")
         .At(240, 5040, 4335, 1695)
         .Tab(8)
         .Caption("Remote Settings"),
-    LayoutRow("Command1", Kind::kButton, "Frame2").At(240, 7440, 1335, 495).Tab(4).Caption("&OK"),
-    LayoutRow("Command2", Kind::kButton, "Frame2")
+    LayoutRow(ctl::kOk, Kind::kButton, "Frame2").At(240, 7440, 1335, 495).Tab(4).Caption("&OK"),
+    LayoutRow(ctl::kCancel, Kind::kButton, "Frame2")
         .At(1680, 7440, 1335, 495)
         .Tab(3)
         .Caption("&Cancel"),
-    LayoutRow("CMD_APPLY", Kind::kButton, "Frame2")
+    LayoutRow(ctl::kApply, Kind::kButton, "Frame2")
         .At(3120, 7440, 1335, 495)
         .Tab(7)
         .Caption("&Apply"),
     // The driver commands stand complete behind buttons that nothing ever shows.
-    LayoutRow("CMD_CONNECT", Kind::kButton, "Frame2")
+    LayoutRow(ctl::kConnect, Kind::kButton, "Frame2")
         .At(240, 6960, 1335, 495)
         .Tab(6)
         .Caption("&Connect")
         .Hidden(),
-    LayoutRow("CMD_DISCONNECT", Kind::kButton, "Frame2")
+    LayoutRow(ctl::kDisconnect, Kind::kButton, "Frame2")
         .At(1680, 6960, 1335, 495)
         .Tab(5)
         .Caption("&Disconnect")
@@ -72,7 +73,7 @@ constexpr forms::ControlSpec kForm1[] = {
         .Tab(26)
         .Caption("VCOM Port"),
     // A drop-down list: no entries at design, no text of its own.
-    LayoutRow("CMB_PORT", Kind::kComboBox, "Frame3")
+    LayoutRow(ctl::kPortList, Kind::kComboBox, "Frame3")
         .At(1560, 480, 2055, 315)
         .Tab(28)
         .NamedBy("Label1"),
@@ -80,106 +81,112 @@ constexpr forms::ControlSpec kForm1[] = {
         .At(240, 960, 1215, 375)
         .Tab(27)
         .Caption("Local UDP Port"),
-    LayoutRow("TXT_LOCPORT", Kind::kTextBox, "Frame3")
+    LayoutRow(ctl::kLocalPort, Kind::kTextBox, "Frame3")
         .At(1560, 960, 975, 285)
         .Tab(25)
         .Caption("3000")
         .Limit(4)
         .NamedBy("Label2")
         .Tip(kPortTip),
-    LayoutRow("OPT_ENB", Kind::kOption, "Frame3")
+    LayoutRow(ctl::kEnabled, Kind::kOption, "Frame3")
         .At(240, 1440, 1215, 375)
         .Tab(23)
         .Caption("Enable")
         .Selected(),
-    LayoutRow("OPT_DSB", Kind::kOption, "Frame3")
+    LayoutRow(ctl::kDisabled, Kind::kOption, "Frame3")
         .At(1440, 1440, 1335, 375)
         .Tab(24)
         .Caption("Disable"),
 
     // In FRM_FLWCNTRL.
-    LayoutRow("OPT_HWF", Kind::kOption, "FRM_FLWCNTRL")
+    LayoutRow(ctl::kHardwareFlow, Kind::kOption, ctl::kFlowFrame)
         .At(240, 600, 1935, 375)
         .Tab(16)
         .Caption("Hardware Flow Control")
         .Selected(),
-    LayoutRow("OPT_SWF", Kind::kOption, "FRM_FLWCNTRL")
+    LayoutRow(ctl::kSoftwareFlow, Kind::kOption, ctl::kFlowFrame)
         .At(240, 1080, 1935, 375)
         .Tab(17)
         .Caption("Software Flow Control"),
-    LayoutRow("LBL_XON", Kind::kLabel, "FRM_FLWCNTRL")
+    LayoutRow(ctl::kXonLabel, Kind::kLabel, ctl::kFlowFrame)
         .At(240, 1560, 615, 255)
         .Tab(20)
         .Caption("XON")
         .Disabled(),
-    LayoutRow("TXT_XON", Kind::kTextBox, "FRM_FLWCNTRL")
+    LayoutRow(ctl::kXon, Kind::kTextBox, ctl::kFlowFrame)
         .At(240, 1800, 975, 285)
         .Tab(18)
         .Caption("a")
         .Limit(4)
         .Disabled()
-        .NamedBy("LBL_XON")
+        .NamedBy(ctl::kXonLabel)
         .Tip(kFlowCharacterTip),
-    LayoutRow("LBL_XOFF", Kind::kLabel, "FRM_FLWCNTRL")
+    LayoutRow(ctl::kXoffLabel, Kind::kLabel, ctl::kFlowFrame)
         .At(1320, 1560, 615, 255)
         .Tab(21)
         .Caption("XOFF")
         .Disabled(),
-    LayoutRow("TXT_XOFF", Kind::kTextBox, "FRM_FLWCNTRL")
+    LayoutRow(ctl::kXoff, Kind::kTextBox, ctl::kFlowFrame)
         .At(1320, 1800, 975, 285)
         .Tab(19)
         .Caption("b")
         .Limit(4)
         .Disabled()
-        .NamedBy("LBL_XOFF")
+        .NamedBy(ctl::kXoffLabel)
         .Tip(kFlowCharacterTip),
 
     // In FRM_REMOTE.
-    LayoutRow("LBL_UDP", Kind::kLabel, "FRM_REMOTE")
+    LayoutRow(ctl::kRemotePortLabel, Kind::kLabel, ctl::kRemoteFrame)
         .At(120, 600, 1695, 255)
         .Tab(12)
         .Caption("UDP Port On BGAN"),
-    LayoutRow("TXT_UDP", Kind::kTextBox, "FRM_REMOTE")
+    LayoutRow(ctl::kRemotePort, Kind::kTextBox, ctl::kRemoteFrame)
         .At(1800, 600, 1095, 285)
         .Tab(9)
         .Caption("3003")
         .Limit(4)
-        .NamedBy("LBL_UDP")
+        .NamedBy(ctl::kRemotePortLabel)
         .Tip(kPortTip),
-    LayoutRow("LBL_IP", Kind::kLabel, "FRM_REMOTE")
+    LayoutRow(ctl::kAddressLabel, Kind::kLabel, ctl::kRemoteFrame)
         .At(120, 1080, 1575, 255)
         .Tab(13)
         .Caption("IP Address Of BGAN"),
-    LayoutRow("TXT_IP1", Kind::kTextBox, "FRM_REMOTE")
+    LayoutRow(ctl::kAddressParts[0], Kind::kTextBox, ctl::kRemoteFrame)
         .At(1800, 1080, 495, 285)
         .Tab(11)
         .Caption("192")
         .Limit(3)
-        .NamedBy("LBL_IP")
+        .NamedBy(ctl::kAddressLabel)
         .Tip(kAddressTip),
-    LayoutRow("TXT_IP2", Kind::kTextBox, "FRM_REMOTE")
+    LayoutRow(ctl::kAddressParts[1], Kind::kTextBox, ctl::kRemoteFrame)
         .At(2400, 1080, 495, 285)
         .Tab(29)
         .Caption("168")
         .Limit(3)
-        .NamedBy("LBL_IP")
+        .NamedBy(ctl::kAddressLabel)
         .Tip(kAddressTip),
     // The last two address numbers have no length limit at all.
-    LayoutRow("TXT_IP3", Kind::kTextBox, "FRM_REMOTE")
+    LayoutRow(ctl::kAddressParts[2], Kind::kTextBox, ctl::kRemoteFrame)
         .At(3000, 1080, 495, 285)
         .Tab(30)
         .Caption("1")
-        .NamedBy("LBL_IP")
+        .NamedBy(ctl::kAddressLabel)
         .Tip(kAddressTip),
-    LayoutRow("TXT_IP4", Kind::kTextBox, "FRM_REMOTE")
+    LayoutRow(ctl::kAddressParts[3], Kind::kTextBox, ctl::kRemoteFrame)
         .At(3600, 1080, 495, 285)
         .Tab(31)
         .Caption("35")
-        .NamedBy("LBL_IP")
+        .NamedBy(ctl::kAddressLabel)
         .Tip(kAddressTip),
-    LayoutRow("TXT_IP", Kind::kTextBox, "FRM_REMOTE").At(1800, 240, 1695, 285).Tab(10).Hidden(),
+    LayoutRow(ctl::kAddressBox, Kind::kTextBox, ctl::kRemoteFrame)
+        .At(1800, 240, 1695, 285)
+        .Tab(10)
+        .Hidden(),
     // Lies to the right of the frame's width, so it is never seen.
-    LayoutRow("Label3", Kind::kLabel, "FRM_REMOTE").At(4680, 960, 135, 135).Tab(14).Caption("."),
+    LayoutRow("Label3", Kind::kLabel, ctl::kRemoteFrame)
+        .At(4680, 960, 135, 135)
+        .Tab(14)
+        .Caption("."),
 
     // Page "Status  ".
     LayoutRow("Frame1", Kind::kFrame, "SSTab1").Page(1).At(240, 600, 5175, 7935).Tab(1),
@@ -187,17 +194,17 @@ constexpr forms::ControlSpec kForm1[] = {
         .At(240, 480, 1335, 255)
         .Tab(32)
         .Caption("Monitor Interval"),
-    LayoutRow("Interval_Time", Kind::kTextBox, "Frame1")
+    LayoutRow(ctl::kInterval, Kind::kTextBox, "Frame1")
         .At(1560, 360, 975, 405)
         .Tab(33)
         .Caption("0")
         .Limit(4)
         .NamedBy("Monitor"),
-    LayoutRow("UpDown1", Kind::kUpDown, "Frame1")
+    LayoutRow(ctl::kIntervalUpDown, Kind::kUpDown, "Frame1")
         .At(2520, 360, 255, 375)
         .Tab(44)
         .NamedBy("Monitor"),
-    LayoutRow("Command3", Kind::kButton, "Frame1")
+    LayoutRow(ctl::kRefresh, Kind::kButton, "Frame1")
         .At(3240, 360, 1695, 375)
         .Tab(34)
         .Caption("Refresh"),
@@ -209,12 +216,12 @@ constexpr forms::ControlSpec kForm1[] = {
     LayoutRow("Label9", Kind::kLabel, "Frame1")
         .At(840, 5100, 1215, 255)
         .Tab(41)
-        .Caption("Connected")
+        .Caption(ctl::kConnectedImage)
         .Centred(),
     LayoutRow("Label10", Kind::kLabel, "Frame1")
         .At(1080, 5700, 1095, 255)
         .Tab(42)
-        .Caption("Disconnected"),
+        .Caption(ctl::kDisconnectedImage),
     LayoutRow("Label11", Kind::kLabel, "Frame1")
         .At(1080, 6300, 975, 255)
         .Tab(43)
@@ -227,37 +234,37 @@ constexpr forms::ControlSpec kForm1[] = {
     LayoutRow("Label7", Kind::kLabel, "Frame4").At(3480, 720, 615, 255).Tab(36).Caption("VSP4"),
 
     // The lamps and the legend.
-    LayoutRow("VSP1Picture", Kind::kImage, "Frame4")
+    LayoutRow(ctl::kLamps[0], Kind::kImage, "Frame4")
         .At(480, 1200, kImageWidth, kImageHeight)
         .Shows(Picture::kGreen)
         .NamedBy("Label4"),
-    LayoutRow("VSP2Picture", Kind::kImage, "Frame4")
+    LayoutRow(ctl::kLamps[1], Kind::kImage, "Frame4")
         .At(1440, 1200, kImageWidth, kImageHeight)
         .Shows(Picture::kGrey)
         .NamedBy("Label5"),
-    LayoutRow("VSP3Picture", Kind::kImage, "Frame4")
+    LayoutRow(ctl::kLamps[2], Kind::kImage, "Frame4")
         .At(2400, 1200, kImageWidth, kImageHeight)
         .Shows(Picture::kRed)
         .NamedBy("Label6"),
-    LayoutRow("VSP4Picture", Kind::kImage, "Frame4")
+    LayoutRow(ctl::kLamps[3], Kind::kImage, "Frame4")
         .At(3480, 1200, kImageWidth, kImageHeight)
         .Shows(Picture::kRed)
         .NamedBy("Label7"),
-    LayoutRow("Connected", Kind::kImage, "Frame1")
+    LayoutRow(ctl::kConnectedImage, Kind::kImage, "Frame1")
         .At(360, 5040, kImageWidth, kImageHeight)
         .Shows(Picture::kGreen)
         .NamedBy("Label9"),
-    LayoutRow("Disconnected", Kind::kImage, "Frame1")
+    LayoutRow(ctl::kDisconnectedImage, Kind::kImage, "Frame1")
         .At(360, 5640, kImageWidth, kImageHeight)
         .Shows(Picture::kRed)
         .NamedBy("Label10"),
-    LayoutRow("Notinstalled", Kind::kImage, "Frame1")
+    LayoutRow(ctl::kNotInstalledImage, Kind::kImage, "Frame1")
         .At(360, 6240, kImageWidth, kImageHeight)
         .Shows(Picture::kGrey)
         .NamedBy("Label11"),
 
     // Once a minute, from the start, whichever page is shown; no appearance at run time.
-    LayoutRow("Timer1", Kind::kTimer, "Frame1").Every(60000),
+    LayoutRow(ctl::kMonitorTimer, Kind::kTimer, "Frame1").Every(60000),
 };
 
 }  // namespace
