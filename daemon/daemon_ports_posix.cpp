@@ -4,8 +4,8 @@
 #include <optional>
 #include <system_error>
 
-#include "config_appl/driver/vsp_command.h"
-#include "config_appl/store/stored_port.h"
+#include "config_appl/port/driver_record.h"
+#include "config_appl/port/stored_port.h"
 #include "daemon/daemon.h"
 #include "daemon/log.h"
 #include "platform/device/device.h"

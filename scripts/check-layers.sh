@@ -28,14 +28,6 @@ rules=(
   "daemon            ^(config_appl/port|$platform)$"
 )
 
-# Arrows known to run the wrong way, each until the change that removes it lands.
-known=(
-  # The daemon's start-up code reaches the port core through two forwarding headers until its
-  # split into files by concern lands; then it includes config_appl/port directly.
-  "daemon/daemon_posix.cpp config_appl/driver/vsp_command.h"
-  "daemon/daemon_posix.cpp config_appl/store/stored_port.h"
-)
-
 istest='(_test\.(cpp|cc)$|(^|/)test_[^/]*$|_fake\.h$|fixture)'
 folder_of() {  # config_appl/model/x.h -> config_appl/model; window/x.cpp -> window
   case "$1" in
@@ -56,7 +48,7 @@ while read -r file; do
   while IFS=: read -r line target; do
     to=$(folder_of "$target")
     [ "$to" = "$from" ] && continue
-    if ! [[ "$to" =~ $allowed ]] && ! [[ " ${known[*]} " == *" $file $target "* ]]; then
+    if ! [[ "$to" =~ $allowed ]]; then
       echo "$file:$line: $from may not include $target"
       bad=1
     fi
