@@ -1,6 +1,7 @@
 // FormView: the Qt window of a headless form. It builds one widget for each control of the form
-// at the control's geometry (twips turned into pixels by the screen's logical DPI), shows every
-// property the engine changes at once through the form's observer, and turns each user input
+// at the control's geometry (twips turned into pixels by the screen's logical DPI), through the
+// ControlView of the control's kind (control_view.h), which knows that kind's widget. It shows
+// every property the engine changes at once through the form's observer, and turns each user input
 // into the engine's user operation (Focus, Click, Choose, Type, Paste, Backspace, Tab, ShowPage,
 // Tick, UpClick, DownClick, Close), the same operations a scripted session performs. Qt never
 // changes a control's state on its own: the widgets only ever show what the engine holds.
@@ -19,10 +20,12 @@
 #include <QWidget>
 #include <array>
 #include <functional>
+#include <memory>
 #include <string_view>
 #include <vector>
 
 #include "platform/forms/form.h"
+#include "window/control_view.h"
 
 class QTimer;
 
@@ -43,7 +46,7 @@ int TwipsToPixels(int twips, double dpi);
 // picture of kNone stays empty.
 using PictureSet = std::array<QImage, 4>;
 
-class FormView : public QWidget {
+class FormView : public QWidget, private ControlHost {
   Q_OBJECT
 
  public:
@@ -80,41 +83,36 @@ class FormView : public QWidget {
   void paintEvent(QPaintEvent* event) override;
 
  private:
-  struct Entry;
+  // ControlHost: what the controls' views use.
+  forms::Form& form() override { return form_; }
+  void Perform(const std::function<void()>& operation) override;
+  bool Listening() const override { return !applying_ && !ended_; }
+  void Tick(forms::ControlId timer) override;
+  void Reapply(forms::ControlId id) override { Apply(id); }
+  int Px(int twips) const override { return TwipsToPixels(twips, dpi_); }
+  QRect GeometryOf(const forms::Control& control) const override;
+  const QPixmap& Picture(forms::Picture picture) const override {
+    return pictures_.at(static_cast<size_t>(picture));
+  }
 
-  int Px(int twips) const { return TwipsToPixels(twips, dpi_); }
-  QRect GeometryOf(const forms::Control& control) const;
+  ControlView* view(forms::ControlId id) const { return views_.at(static_cast<size_t>(id)).get(); }
   void Build();
-  QWidget* Create(forms::ControlId id, QWidget* parent);
   QWidget* ParentFor(const forms::Control& control) const;
-  // Names each control for assistive tools by the caption of its label in the layout.
-  void NameForAssistiveTools();
   QString LabelCaption(const forms::Control& control) const;  // without its access-key mark
-
-  // Runs one user operation: catches the end of the program and failures, then shows the
-  // engine's state again over whatever Qt changed on its own, and runs ticks that came while a
-  // message box was open.
-  void Perform(const std::function<void()>& operation);
   void End();
 
   // Engine to widget.
   void Apply(forms::ControlId id);
   void ApplyAll();
   void ApplyFocus();
-  void ApplyTextBox(forms::ControlId id, const forms::Control& control, QWidget* widget);
 
-  // Widget to engine.
-  bool TextBoxKey(forms::ControlId id, QKeyEvent* key);
-  void PushSelection(forms::ControlId id);
-  void OnTimer(forms::ControlId id);
+  // Widget to engine: the control whose widget holds `object`.
   forms::ControlId ControlOf(QObject* object) const;
 
   forms::Form& form_;
   double dpi_;
-  std::vector<Entry> entries_;  // by ControlId
+  std::vector<std::unique_ptr<ControlView>> views_;  // by ControlId; none for the form
   TabStrip* tab_strip_ = nullptr;
-  forms::ControlId tab_control_ = forms::kNoControl;
-  forms::ControlId shown_focus_ = forms::kNoControl;
   int depth_ = 0;          // user operations under way (a message box nests inside one)
   bool applying_ = false;  // an engine change is being put on a widget
   bool ended_ = false;

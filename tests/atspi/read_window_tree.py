@@ -42,6 +42,12 @@ EXPECTED = [
     ("page tab", "Config"),
     ("page tab", "Status"),
     ("push button", "Apply"),
+    ("text", "Monitor Interval"),
+    ("filler", "Step Monitor Interval"),
+    ("push button", "Monitor Interval up"),
+    ("image", "VSP1: green"),
+    ("image", "VSP3: red"),
+    ("image", "Not Installed: grey"),
 ]
 
 
