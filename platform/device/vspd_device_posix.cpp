@@ -17,11 +17,14 @@
 #include "platform/device/vspd_protocol.h"
 #include "platform/runtime/build_info.h"
 #include "platform/runtime/fd.h"
+#include "platform/runtime/status.h"
 
 namespace ketra::device {
 namespace {
 
 using runtime::Fd;
+using runtime::Status;
+using runtime::StatusOr;
 
 // The daemon is trusted when it runs as root, as the service user or as this user; a socket
 // served by anyone else could be a stranger's trap for what the panel sends.
@@ -65,40 +68,33 @@ std::string PermissionProblem(const std::string& socket_path) {
          " may use the driver (ask to be added to the group " + group + ", then log in again)";
 }
 
-// Connects to the daemon; on failure says why in *problem (when given).
-Fd ConnectTo(const std::string& socket_path, std::string* problem = nullptr) {
-  std::string ignored;
-  std::string& why = problem != nullptr ? *problem : ignored;
+// Connects to the daemon. NotFound when no daemon answers; PermissionDenied when we may not use
+// it or it is not to be trusted.
+StatusOr<Fd> ConnectTo(const std::string& socket_path) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   if (socket_path.empty() || socket_path.size() >= sizeof address.sun_path) {
-    why = "the socket path is empty or too long: " + socket_path;
-    return Fd();
+    return Status::InvalidArgument("the socket path is empty or too long: " + socket_path);
   }
   std::memcpy(address.sun_path, socket_path.data(), socket_path.size());
   Fd fd(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
-  if (!fd) {
-    why = std::string("socket: ") + std::strerror(errno);
-    return Fd();
-  }
+  if (!fd) return Status::FromErrno("socket", errno);
   if (::connect(fd.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
     const int error = errno;
-    if (error == EACCES || error == EPERM) {
-      why = PermissionProblem(socket_path);
-    } else if (error == ENOENT || error == ECONNREFUSED) {
-      why = "no daemon answers at " + socket_path;
-    } else {
-      why = "cannot connect to " + socket_path + ": " + std::strerror(error);
+    if (error == EACCES || error == EPERM)
+      return Status::PermissionDenied(PermissionProblem(socket_path));
+    if (error == ENOENT || error == ECONNREFUSED) {
+      return Status::NotFound("no daemon answers at " + socket_path);
     }
-    return Fd();
+    return Status::FromErrno("cannot connect to " + socket_path, error);
   }
   ucred peer{};
   socklen_t length = sizeof peer;
   if (::getsockopt(fd.get(), SOL_SOCKET, SO_PEERCRED, &peer, &length) != 0 ||
       !TrustedPeer(peer.uid)) {
-    why = "refused the daemon at " + socket_path + ": it runs as uid " + std::to_string(peer.uid) +
-          ", neither root, the user " KETRA_SERVICE_USER " nor you";
-    return Fd();
+    return Status::PermissionDenied("refused the daemon at " + socket_path + ": it runs as uid " +
+                                    std::to_string(peer.uid) +
+                                    ", neither root, the user " KETRA_SERVICE_USER " nor you");
   }
   return fd;
 }
@@ -148,18 +144,19 @@ class VspdDevice final : public DeviceIo {
   Handle CreateFile(std::string_view path, std::uint32_t, std::uint32_t, const SecurityAttributes*,
                     std::uint32_t, std::uint32_t, Handle) override {
     if (path.empty() || path.size() > wire::kMaxPathLength) return kInvalidHandleValue;
-    std::string problem;
-    Fd fd = ConnectTo(socket_path_, &problem);
-    if (!fd) {
+    StatusOr<Fd> connected = ConnectTo(socket_path_);
+    if (!connected.ok()) {
       // The panel shows only "Unable to open handle"; a user who is refused (not in the group,
       // or a daemon not trusted) is told why once, on standard error.
-      if (problem.rfind("no daemon answers", 0) != 0 && !told_) {
+      if (!connected.status().IsNotFound() && !told_) {
         told_ = true;
-        const std::string line = std::string(program_invocation_short_name) + ": " + problem + "\n";
+        const std::string line =
+            std::string(program_invocation_short_name) + ": " + connected.status().message() + "\n";
         std::fwrite(line.data(), 1, line.size(), stderr);
       }
       return kInvalidHandleValue;
     }
+    Fd fd = std::move(connected).value();
     wire::Reply reply;
     if (Exchange(fd, wire::OpenRequest{std::string(path)}, timeout_, &reply) !=
         Outcome::kAnswered) {
@@ -243,8 +240,9 @@ std::unique_ptr<DeviceIo> MakeVspdDevice(std::string socket_path,
 
 std::optional<std::string> QueryVspdStatus(const std::string& socket_path,
                                            std::chrono::milliseconds answer_timeout) {
-  const Fd fd = ConnectTo(socket_path);
-  if (!fd) return std::nullopt;
+  const StatusOr<Fd> connected = ConnectTo(socket_path);
+  if (!connected.ok()) return std::nullopt;
+  const Fd& fd = *connected;
   wire::Reply reply;
   if (Exchange(fd, wire::StatusRequest{}, answer_timeout, &reply) != Outcome::kAnswered) {
     return std::nullopt;
@@ -261,9 +259,7 @@ std::optional<std::string> QueryVspdStatus(const std::string& socket_path,
 }
 
 std::string DescribeVspdSocketProblem(const std::string& socket_path) {
-  std::string problem;
-  ConnectTo(socket_path, &problem);
-  return problem;
+  return ConnectTo(socket_path).status().message();
 }
 
 }  // namespace ketra::device
