@@ -68,10 +68,9 @@ std::vector<std::string> SplitPorts(const std::string& text) {
 // Throws std::runtime_error "FILE:LINE: why" for an unknown section or key or a bad value.
 void ApplyConfigFile(const std::string& file, CLI::App& app, DaemonConfig& config,
                      std::vector<std::string>& ports, std::string& bind_text) {
-  std::vector<runtime::ConfigEntry> entries;
-  std::string error;
-  if (!runtime::ReadConfigFile(file, &entries, &error)) throw std::runtime_error(error);
-  for (const runtime::ConfigEntry& entry : entries) {
+  const auto entries = runtime::ReadConfigFile(file);
+  if (!entries.ok()) throw std::runtime_error(entries.status().message());
+  for (const runtime::ConfigEntry& entry : *entries) {
     const std::string where = file + ":" + std::to_string(entry.line) + ": ";
     const bool top = entry.section.empty();
     if (!top && entry.section != "daemon") {

@@ -24,8 +24,8 @@ bool IsName(std::string_view name) {
 
 }  // namespace
 
-bool ParseConfigText(std::string_view text, std::vector<ConfigEntry>* entries, int* error_line,
-                     std::string* error) {
+StatusOr<std::vector<ConfigEntry>> ParseConfigText(std::string_view text) {
+  std::vector<ConfigEntry> entries;
   std::string section;
   int section_line = 0;
   int number = 0;
@@ -35,10 +35,8 @@ bool ParseConfigText(std::string_view text, std::vector<ConfigEntry>* entries, i
     text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
     ++number;
     if (line.empty() || line.front() == '#' || line.front() == ';') continue;
-    const auto fail = [&](std::string why) {
-      *error_line = number;
-      *error = std::move(why);
-      return false;
+    const auto fail = [&](const std::string& why) {
+      return Status::InvalidArgument(std::to_string(number) + ": " + why);
     };
     if (line.front() == '[') {
       if (line.back() != ']' || !IsName(Trim(line.substr(1, line.size() - 2)))) {
@@ -57,35 +55,26 @@ bool ParseConfigText(std::string_view text, std::vector<ConfigEntry>* entries, i
       if (value.size() < 2 || value.back() != '"') return fail("unterminated quoted value");
       value = value.substr(1, value.size() - 2);
     }
-    entries->push_back({section, std::string(key), std::string(value), number, section_line});
+    entries.push_back({section, std::string(key), std::string(value), number, section_line});
   }
-  return true;
+  return entries;
 }
 
-bool ReadConfigFile(const std::string& path, std::vector<ConfigEntry>* entries,
-                    std::string* error) {
+StatusOr<std::vector<ConfigEntry>> ReadConfigFile(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
-  if (!in) {
-    *error = path + ": cannot be read";
-    return false;
-  }
+  if (!in) return Status::NotFound(path + ": cannot be read");
   const std::string text(std::istreambuf_iterator<char>(in), {});
-  int line = 0;
-  std::string why;
-  if (!ParseConfigText(text, entries, &line, &why)) {
-    *error = path + ":" + std::to_string(line) + ": " + why;
-    return false;
-  }
-  return true;
+  StatusOr<std::vector<ConfigEntry>> parsed = ParseConfigText(text);
+  if (!parsed.ok()) return Status::InvalidArgument(path + ":" + parsed.status().message());
+  return parsed;
 }
 
 std::string SiteConfigPath() { return KETRA_SITE_CONFIG; }
 
 std::string SiteConfigValue(const std::string& path, std::string_view key) {
-  std::vector<ConfigEntry> entries;
-  std::string error;
-  if (!ReadConfigFile(path, &entries, &error)) return "";
-  for (const ConfigEntry& entry : entries) {
+  const StatusOr<std::vector<ConfigEntry>> entries = ReadConfigFile(path);
+  if (!entries.ok()) return "";
+  for (const ConfigEntry& entry : *entries) {
     if (entry.section.empty() && entry.key == key) return entry.value;
   }
   return "";

@@ -16,6 +16,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/runtime/status.h"
+
 namespace ketra::runtime {
 
 struct ConfigEntry {
@@ -26,13 +28,12 @@ struct ConfigEntry {
   int section_line = 0;  // the line of the [section] header, 0 before any
 };
 
-// Parses the text. On a malformed line returns false with *error_line and *error set.
-bool ParseConfigText(std::string_view text, std::vector<ConfigEntry>* entries, int* error_line,
-                     std::string* error);
+// Parses the text. InvalidArgument "LINE: why" on the first malformed line.
+StatusOr<std::vector<ConfigEntry>> ParseConfigText(std::string_view text);
 
-// Reads and parses a file. False with *error ("FILE:LINE: why" or "FILE: why") when the file
-// cannot be read or a line is malformed; a missing file is such an error too.
-bool ReadConfigFile(const std::string& path, std::vector<ConfigEntry>* entries, std::string* error);
+// Reads and parses a file. InvalidArgument "FILE:LINE: why" for a malformed line, NotFound
+// "FILE: cannot be read" when the file cannot be read (a missing file too).
+StatusOr<std::vector<ConfigEntry>> ReadConfigFile(const std::string& path);
 
 // The machine's file, fixed at build time.
 std::string SiteConfigPath();
