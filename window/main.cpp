@@ -22,13 +22,9 @@
 #include <CLI/CLI.hpp>
 
 #include "config_appl/app/program.h"
-#include "platform/device/vspd_device.h"
-#include "platform/device/vspd_socket_path.h"
-#include "platform/forms/app.h"
-#include "platform/registry/hive_location.h"
-#include "platform/registry/sqlite_hive.h"
 #include "platform/runtime/build_info.h"
 #include "platform/runtime/text_file.h"
+#include "tools/machine/machine.h"
 #include "window/app_icon.h"
 #include "window/first_frame.h"
 #include "window/font_warm_up.h"
@@ -122,13 +118,15 @@ int main(int argc, char** argv) try {
   }
   // The fonts of the first frame get ready from here on, beside the start of Qt and the load.
   ketra::window::FontWarmUp font_warm_up;
-  if (hive.empty()) hive = ketra::registry::DefaultHivePath();
-  if (socket.empty()) socket = ketra::device::DefaultVspdSocketPath();
-
-  const std::unique_ptr<ketra::registry::Registry> registry = ketra::registry::OpenSqliteHive(hive);
-  const std::unique_ptr<ketra::device::DeviceIo> device = ketra::device::MakeVspdDevice(socket);
-  const std::unique_ptr<ketra::forms::AppServices> services = ketra::forms::MakePosixApp("", hive);
-  const std::unique_ptr<ketra::runtime::FileSystem> files = ketra::runtime::MakePosixFileSystem();
+  // The same machine as the tools': hive, driver socket, program surroundings and files.
+  if (const ketra::runtime::Status resolved = ketra::machine::ResolveHive(&hive); !resolved.ok()) {
+    std::cerr << "ketra: " << resolved.message() << '\n';
+    return 2;
+  }
+  const std::unique_ptr<ketra::registry::Registry> registry = ketra::machine::OpenRegistry(hive);
+  const std::unique_ptr<ketra::device::DeviceIo> device = ketra::machine::MakeSystemDevice(socket);
+  const std::unique_ptr<ketra::forms::AppServices> services = ketra::machine::MakeApp("", hive);
+  const std::unique_ptr<ketra::runtime::FileSystem> files = ketra::machine::MakeFileSystem();
 
   ketra::window::QtMessageBoxes qt_boxes;
   ketra::window::GuiThreadBoxes boxes(qt_boxes);

@@ -104,9 +104,8 @@ int main(int argc, char** argv) try {
   // A hive the user named; the default one is made, directories and all, by the first write.
   const char* const named_by_environment = std::getenv("KETRA_HIVE");
   const bool named = !hive.empty() || (named_by_environment != nullptr && *named_by_environment);
-  std::string hive_error;
-  if (!ketra::machine::ResolveHive(&hive, &hive_error)) {
-    std::cerr << "ketra-reg: " << hive_error << '\n';
+  if (const ketra::runtime::Status resolved = ketra::machine::ResolveHive(&hive); !resolved.ok()) {
+    std::cerr << "ketra-reg: " << resolved.message() << '\n';
     return 2;
   }
   // A hive named in a directory that is not there is a mistake, not an empty hive.

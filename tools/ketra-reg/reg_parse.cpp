@@ -1,12 +1,15 @@
 // Reading a REGEDIT4 file into a list of changes: lines joined into statements, then each
 // statement checked and turned into one change.
 #include "tools/ketra-reg/reg_parse.h"
+#include "platform/runtime/status.h"
 #include "platform/runtime/strings.h"
 
 #include "platform/runtime/codepage.h"
 
 namespace ketra::regtext {
 namespace {
+
+using runtime::Status;
 
 constexpr std::string_view kRootName = "HKEY_LOCAL_MACHINE";
 constexpr std::string_view kRootShortName = "HKLM";
@@ -88,10 +91,9 @@ std::vector<Statement> JoinLines(std::string_view file) {
 }
 
 // Reads a quoted text at the start of `s`; `s` moves past it.
-bool ReadQuoted(std::string_view* s, std::string* text, std::string* problem) {
+Status ReadQuoted(std::string_view* s, std::string* text) {
   if (s->empty() || s->front() != '"') {
-    *problem = "a quoted text was expected";
-    return false;
+    return Status::InvalidArgument("a quoted text was expected");
   }
   std::string utf8;
   std::size_t i = 1;
@@ -100,26 +102,25 @@ bool ReadQuoted(std::string_view* s, std::string* text, std::string* problem) {
     if (c == '"') break;
     if (c == '\\') {
       if (i + 1 >= s->size() || ((*s)[i + 1] != '\\' && (*s)[i + 1] != '"')) {
-        *problem = "only \\\\ and \\\" may follow a backslash in a quoted text";
-        return false;
+        return Status::InvalidArgument(
+            "only \\\\ and \\\" may follow a backslash in a quoted text");
       }
       c = (*s)[++i];
     }
     utf8 += c;
   }
   if (i >= s->size()) {
-    *problem = "the quoted text has no closing quote";
-    return false;
+    return Status::InvalidArgument("the quoted text has no closing quote");
   }
   s->remove_prefix(i + 1);
   *text = runtime::Utf8ToAnsi(utf8);
-  return true;
+  return Status::Ok();
 }
 
-bool ReadHexBytes(std::string_view s, std::vector<std::uint8_t>* data, std::string* problem) {
+Status ReadHexBytes(std::string_view s, std::vector<std::uint8_t>* data) {
   data->clear();
   s = TrimBlanks(s);
-  if (s.empty()) return true;
+  if (s.empty()) return Status::Ok();
   std::size_t pos = 0;
   for (;;) {
     std::size_t comma = s.find(',', pos);
@@ -127,58 +128,54 @@ bool ReadHexBytes(std::string_view s, std::vector<std::uint8_t>* data, std::stri
         TrimBlanks(s.substr(pos, comma == std::string_view::npos ? comma : comma - pos));
     if (item.empty() || item.size() > 2 || HexValue(item[0]) < 0 ||
         (item.size() == 2 && HexValue(item[1]) < 0)) {
-      *problem = "bad byte \"" + std::string(item) + "\" in a hex list";
-      return false;
+      return Status::InvalidArgument("bad byte \"" + std::string(item) + "\" in a hex list");
     }
     int value = HexValue(item[0]);
     if (item.size() == 2) value = value * 16 + HexValue(item[1]);
     data->push_back(static_cast<std::uint8_t>(value));
-    if (comma == std::string_view::npos) return true;
+    if (comma == std::string_view::npos) return Status::Ok();
     pos = comma + 1;
   }
 }
 
-bool ParseData(std::string_view s, RegChange* change, std::string* problem) {
+Status ParseData(std::string_view s, RegChange* change) {
   s = TrimBlanks(s);
   if (s == "-") {
     change->kind = RegChange::Kind::kDeleteValue;
-    return true;
+    return Status::Ok();
   }
   change->kind = RegChange::Kind::kSetValue;
   if (!s.empty() && s.front() == '"') {
     std::string text;
-    if (!ReadQuoted(&s, &text, problem)) return false;
+    if (Status read = ReadQuoted(&s, &text); !read.ok()) return read;
     if (!TrimBlanks(s).empty()) {
-      *problem = "unexpected text after the quoted value";
-      return false;
+      return Status::InvalidArgument("unexpected text after the quoted value");
     }
     change->type = registry::kRegSz;
     change->data.assign(text.begin(), text.end());
     change->data.push_back(0);
-    return true;
+    return Status::Ok();
   }
   if (runtime::StartsWithNoCase(s, "dword:")) {
     std::string_view digits = s.substr(6);
     if (digits.empty() || digits.size() > 8) {
-      *problem = "a dword needs 1 to 8 hexadecimal digits";
-      return false;
+      return Status::InvalidArgument("a dword needs 1 to 8 hexadecimal digits");
     }
     std::uint32_t value = 0;
     for (char c : digits) {
       if (HexValue(c) < 0) {
-        *problem = "a dword needs 1 to 8 hexadecimal digits";
-        return false;
+        return Status::InvalidArgument("a dword needs 1 to 8 hexadecimal digits");
       }
       value = value * 16 + static_cast<std::uint32_t>(HexValue(c));
     }
     change->type = registry::kRegDword;
     change->data = {static_cast<std::uint8_t>(value), static_cast<std::uint8_t>(value >> 8),
                     static_cast<std::uint8_t>(value >> 16), static_cast<std::uint8_t>(value >> 24)};
-    return true;
+    return Status::Ok();
   }
   if (runtime::StartsWithNoCase(s, "hex:")) {
     change->type = registry::kRegBinary;
-    return ReadHexBytes(s.substr(4), &change->data, problem);
+    return ReadHexBytes(s.substr(4), &change->data);
   }
   if (runtime::StartsWithNoCase(s, "hex(")) {
     std::size_t close = s.find("):");
@@ -190,14 +187,12 @@ bool ParseData(std::string_view s, RegChange* change, std::string* problem) {
       if (good) type = type * 16 + static_cast<std::uint32_t>(HexValue(c));
     }
     if (!good) {
-      *problem = "hex(T): needs a type T of 1 to 8 hexadecimal digits";
-      return false;
+      return Status::InvalidArgument("hex(T): needs a type T of 1 to 8 hexadecimal digits");
     }
     change->type = type;
-    return ReadHexBytes(s.substr(close + 2), &change->data, problem);
+    return ReadHexBytes(s.substr(close + 2), &change->data);
   }
-  *problem = "the value is none of \"TEXT\", dword:, hex:, hex(T): or -";
-  return false;
+  return Status::InvalidArgument("the value is none of \"TEXT\", dword:, hex:, hex(T): or -");
 }
 
 }  // namespace
@@ -266,16 +261,15 @@ bool ParseText(std::string_view text, std::vector<RegChange>* changes, ParseErro
     RegChange change;
     change.line = statement.line;
     change.key = key;
-    std::string problem;
     if (s.front() == '@') {
       s.remove_prefix(1);
-    } else if (!ReadQuoted(&s, &change.name, &problem)) {
-      return fail(problem);
+    } else if (Status read = ReadQuoted(&s, &change.name); !read.ok()) {
+      return fail(read.message());
     }
     s = TrimBlanks(s);
     if (s.empty() || s.front() != '=') return fail("= must follow the value's name");
     s.remove_prefix(1);
-    if (!ParseData(s, &change, &problem)) return fail(problem);
+    if (Status data = ParseData(s, &change); !data.ok()) return fail(data.message());
     changes->push_back(std::move(change));
   }
   if (!header_seen) {

@@ -61,9 +61,8 @@ int main(int argc, char** argv) try {
   } catch (const CLI::ParseError& error) {
     return cli.exit(error) == 0 ? 0 : 2;
   }
-  std::string hive_error;
-  if (!ketra::machine::ResolveHive(&hive, &hive_error)) {
-    std::cerr << "ketra-session: " << hive_error << '\n';
+  if (const ketra::runtime::Status resolved = ketra::machine::ResolveHive(&hive); !resolved.ok()) {
+    std::cerr << "ketra-session: " << resolved.message() << '\n';
     return 2;
   }
 

@@ -12,6 +12,7 @@
 #include "platform/device/device.h"
 #include "platform/forms/services.h"
 #include "platform/registry/registry.h"
+#include "platform/runtime/status.h"
 #include "platform/runtime/text_file.h"
 
 namespace ketra::machine {
@@ -20,8 +21,8 @@ namespace ketra::machine {
 bool UsesHiveFile();
 
 // Settles the --hive option. POSIX: an empty *hive becomes the default hive's path. Windows: the
-// system registry needs no file, so a hive named there is refused: false, and *error says why.
-bool ResolveHive(std::string* hive, std::string* error);
+// system registry needs no file, so a hive named there is refused (InvalidArgument, saying why).
+runtime::Status ResolveHive(std::string* hive);
 
 // The registry of the machine: the hive file at `hive` (POSIX), or the system registry
 // (Windows, where `hive` is empty).
@@ -33,9 +34,9 @@ std::unique_ptr<forms::AppServices> MakeApp(std::string app_path, const std::str
 
 std::unique_ptr<runtime::FileSystem> MakeFileSystem();
 
-// The device calls that reach the driver: the driver daemon's socket on POSIX, kernel32 on
-// Windows.
-std::unique_ptr<device::DeviceIo> MakeSystemDevice();
+// The device calls that reach the driver: the driver daemon's socket on POSIX (`socket`, or
+// the default socket when it is empty), kernel32 on Windows (`socket` unused).
+std::unique_ptr<device::DeviceIo> MakeSystemDevice(const std::string& socket = "");
 
 }  // namespace ketra::machine
 

@@ -12,9 +12,9 @@ namespace ketra::machine {
 
 bool UsesHiveFile() { return true; }
 
-bool ResolveHive(std::string* hive, std::string*) {
+runtime::Status ResolveHive(std::string* hive) {
   if (hive->empty()) *hive = registry::DefaultHivePath();
-  return true;
+  return runtime::Status::Ok();
 }
 
 std::unique_ptr<registry::Registry> OpenRegistry(const std::string& hive) {
@@ -27,8 +27,8 @@ std::unique_ptr<forms::AppServices> MakeApp(std::string app_path, const std::str
 
 std::unique_ptr<runtime::FileSystem> MakeFileSystem() { return runtime::MakePosixFileSystem(); }
 
-std::unique_ptr<device::DeviceIo> MakeSystemDevice() {
-  return device::MakeVspdDevice(device::DefaultVspdSocketPath());
+std::unique_ptr<device::DeviceIo> MakeSystemDevice(const std::string& socket) {
+  return device::MakeVspdDevice(socket.empty() ? device::DefaultVspdSocketPath() : socket);
 }
 
 }  // namespace ketra::machine

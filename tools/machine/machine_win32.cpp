@@ -10,12 +10,11 @@ namespace ketra::machine {
 
 bool UsesHiveFile() { return false; }
 
-bool ResolveHive(std::string* hive, std::string* error) {
-  if (hive->empty()) return true;
-  *error =
+runtime::Status ResolveHive(std::string* hive) {
+  if (hive->empty()) return runtime::Status::Ok();
+  return runtime::Status::InvalidArgument(
       "--hive names a hive file, which Windows has no use for: on Windows the settings live in "
-      "the system registry under HKEY_LOCAL_MACHINE";
-  return false;
+      "the system registry under HKEY_LOCAL_MACHINE");
 }
 
 std::unique_ptr<registry::Registry> OpenRegistry(const std::string&) {
@@ -28,6 +27,8 @@ std::unique_ptr<forms::AppServices> MakeApp(std::string app_path, const std::str
 
 std::unique_ptr<runtime::FileSystem> MakeFileSystem() { return runtime::MakeWin32FileSystem(); }
 
-std::unique_ptr<device::DeviceIo> MakeSystemDevice() { return device::MakeWin32Device(); }
+std::unique_ptr<device::DeviceIo> MakeSystemDevice(const std::string&) {
+  return device::MakeWin32Device();
+}
 
 }  // namespace ketra::machine
