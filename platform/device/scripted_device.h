@@ -39,7 +39,6 @@ class ScriptedDevice : public DeviceIo {
   // The port a device path names: the path without a trailing "\p" (the disconnect's form).
   static std::string PortOfPath(std::string_view path);
   bool IsConnected(std::string_view port) const { return connected_.count(std::string(port)) > 0; }
-  int open_handles() const { return static_cast<int>(open_.size()); }
 
   Handle CreateFile(std::string_view path, std::uint32_t desired_access, std::uint32_t share_mode,
                     const SecurityAttributes* security, std::uint32_t creation_disposition,

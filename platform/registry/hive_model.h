@@ -18,9 +18,6 @@
 
 namespace ketra::registry {
 
-// The platform's status for a handle whose key was deleted after it was opened.
-inline constexpr Status kErrorKeyDeleted = 1018;
-
 using KeyId = std::int64_t;
 inline constexpr KeyId kRootKeyId = 1;
 

@@ -35,6 +35,7 @@ using runtime::kErrorBadDb;
 using runtime::kErrorFileNotFound;
 using runtime::kErrorInvalidHandle;
 using runtime::kErrorInvalidParameter;
+using runtime::kErrorKeyDeleted;
 using runtime::kErrorMoreData;
 using runtime::kErrorNoMoreItems;
 using runtime::kErrorRegistryIoFailed;

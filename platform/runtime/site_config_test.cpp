@@ -17,10 +17,9 @@ TEST(SiteConfigTest, ParsesSectionsQuotesAndComments) {
       "[ daemon ]\n"
       "ports = \"COM3,COM4\"\n"
       "group =\n";
-  std::vector<ConfigEntry> entries;
-  int line = 0;
-  std::string error;
-  ASSERT_TRUE(ParseConfigText(text, &entries, &line, &error)) << error;
+  const auto parsed = ParseConfigText(text);
+  ASSERT_TRUE(parsed.ok()) << parsed.status().message();
+  const std::vector<ConfigEntry>& entries = *parsed;
   ASSERT_EQ(entries.size(), 4u);
   EXPECT_EQ(entries[0].key, "hive");
   EXPECT_EQ(entries[0].value, "/var/lib/ketra/hive.db");
@@ -35,18 +34,17 @@ TEST(SiteConfigTest, ParsesSectionsQuotesAndComments) {
 TEST(SiteConfigTest, MalformedLinesNameTheirNumber) {
   const struct {
     const char* text;
-    int line;
+    const char* line;
   } cases[] = {
-      {"hive\n", 1},       {"a = 1\n[daemon\n", 2}, {"[]\n", 1}, {"a = 1\n\nbad key = 2\n", 3},
-      {"a = \"open\n", 1},
+      {"hive\n", "1: "},       {"a = 1\n[daemon\n", "2: "},
+      {"[]\n", "1: "},         {"a = 1\n\nbad key = 2\n", "3: "},
+      {"a = \"open\n", "1: "},
   };
   for (const auto& c : cases) {
-    std::vector<ConfigEntry> entries;
-    int line = 0;
-    std::string error;
-    EXPECT_FALSE(ParseConfigText(c.text, &entries, &line, &error)) << c.text;
-    EXPECT_EQ(line, c.line) << c.text;
-    EXPECT_FALSE(error.empty());
+    const auto parsed = ParseConfigText(c.text);
+    ASSERT_FALSE(parsed.ok()) << c.text;
+    EXPECT_TRUE(parsed.status().IsInvalidArgument());
+    EXPECT_EQ(parsed.status().message().rfind(c.line, 0), 0u) << parsed.status().message();
   }
 }
 
@@ -58,10 +56,9 @@ TEST(SiteConfigTest, ValuesComeFromTheTopOnlyAndNeverFail) {
   EXPECT_EQ(SiteConfigValue(path + ".missing", "hive"), "");
   std::ofstream(path) << "hive = /h.db\nbroken\n";
   EXPECT_EQ(SiteConfigValue(path, "hive"), "");
-  std::vector<ConfigEntry> entries;
-  std::string error;
-  EXPECT_FALSE(ReadConfigFile(path, &entries, &error));
-  EXPECT_EQ(error, path + ":2: expected name = value");
+  EXPECT_EQ(ReadConfigFile(path).status(),
+            Status::InvalidArgument(path + ":2: expected name = value"));
+  EXPECT_TRUE(ReadConfigFile(path + ".missing").status().IsNotFound());
 }
 
 }  // namespace

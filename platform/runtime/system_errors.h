@@ -20,6 +20,7 @@ inline constexpr std::int32_t kErrorMoreData = 234;
 inline constexpr std::int32_t kErrorNoMoreItems = 259;
 inline constexpr std::int32_t kErrorBadDb = 1009;             // the hive file is not a hive
 inline constexpr std::int32_t kErrorRegistryIoFailed = 1016;  // the hive cannot be read or written
+inline constexpr std::int32_t kErrorKeyDeleted = 1018;  // the key of an open handle was deleted
 
 }  // namespace ketra::runtime
 

@@ -14,17 +14,15 @@
 #include <utility>
 
 #include "platform/runtime/codepage.h"
+#include "platform/runtime/strings.h"
 
 namespace ketra::session {
 namespace {
 
 bool IsBlank(char ch) { return ch == ' ' || ch == '\t' || ch == '\r' || ch == '\n'; }
 
-std::string_view Trim(std::string_view text) {
-  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
-  return text;
-}
+// The blanks of IsBlank.
+std::string_view Trim(std::string_view text) { return runtime::TrimAny(text, " \t\r\n"); }
 
 std::optional<int> ParseInt(std::string_view text) {
   int value = 0;
