@@ -1,5 +1,5 @@
 // The daemon's ports: made at start from what the descriptor store kept or afresh, watched for
-// programs' opens, kept in the store as they change, and connected at start when their stored
+// programs opening and closing them, kept in the store as they change, and connected at start when their stored
 // settings say enabled.
 #include <optional>
 #include <system_error>
@@ -43,13 +43,14 @@ void Daemon::MakePorts() {
     port->OnPtyReplaced([this, port](VirtualPort& changed) {
       LogInfo(changed.name() + ": left exclusive; now on a new pty " + changed.pty_path());
       try {
-        open_watch_.Add(changed.pty_path(), [port] { port->ProgramMayHaveOpened(); });
+        open_watch_.Add(changed.pty_path(),
+                        [port](bool closed) { port->DeviceTouched(closed); });
       } catch (const std::system_error& error) {
         LogWarning(changed.name() + ": opens of the new pty go unseen: " + error.what());
       }
       store_.KeepPty(changed.name(), changed.io().pty_fd(), /*replaced=*/true);
     });
-    open_watch_.Add(port->pty_path(), [port] { port->ProgramMayHaveOpened(); });
+    open_watch_.Add(port->pty_path(), [port](bool closed) { port->DeviceTouched(closed); });
     loss_logs_.emplace_back();
   }
   store_.DropLeftovers();

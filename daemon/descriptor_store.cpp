@@ -2,6 +2,7 @@
 
 #include <span>
 
+#include "daemon/fd_stash.h"
 #include "daemon/log.h"
 #include "daemon/store_names.h"
 
@@ -13,7 +14,12 @@ DescriptorStore::DescriptorStore(ServiceManager& service) : service_(service) {
 
 DescriptorStore::Kept DescriptorStore::Take(const std::string& port) {
   Kept kept;
-  if (auto master = handed_.extract(StoredPtyName(port))) kept.pty = std::move(master.mapped());
+  if (auto stored = handed_.extract(StoredPtyName(port))) {
+    // The master comes inside a stash; one stored as it is, by a daemon before stashes, is
+    // taken as it is.
+    kept.pty = TakeFromStash(stored.mapped().get());
+    if (!kept.pty) kept.pty = std::move(stored.mapped());
+  }
   for (auto it = handed_.begin(); it != handed_.end(); ++it) {
     const auto parsed = ParseStoredSocketName(it->first);
     if (parsed && parsed->first == port) {
@@ -31,7 +37,11 @@ void DescriptorStore::KeepPty(const std::string& port, int master, bool replaced
   if (!service_.present()) return;
   // A replaced pty's stored master is the old one's: a restart must take back the new one.
   if (replaced) service_.Remove(StoredPtyName(port));
-  if (service_.Store(StoredPtyName(port), std::span(&master, 1))) return;
+  // Inside a stash (fd_stash.h): stored as it is, the manager would drop the master at its first
+  // hang-up, whenever no program holds the port.
+  const runtime::Fd stash = StashDescriptor(master);
+  const int fd = stash.get();
+  if (stash && service_.Store(StoredPtyName(port), std::span(&fd, 1))) return;
   if (replaced) {
     LogWarning(port + ": the service manager did not keep the new pty");
   } else {

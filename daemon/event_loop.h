@@ -15,10 +15,11 @@
 namespace ketra::vspd {
 
 // The epoll event bits, so that users need not include the system header.
-inline constexpr std::uint32_t kReadable = 0x001;     // EPOLLIN
-inline constexpr std::uint32_t kWritable = 0x004;     // EPOLLOUT
-inline constexpr std::uint32_t kFault = 0x008;        // EPOLLERR
-inline constexpr std::uint32_t kHangUp = 0x010;       // EPOLLHUP
+inline constexpr std::uint32_t kReadable = 0x001;  // EPOLLIN
+inline constexpr std::uint32_t kPriority = 0x002;  // EPOLLPRI (a pty master: the program's events)
+inline constexpr std::uint32_t kWritable = 0x004;  // EPOLLOUT
+inline constexpr std::uint32_t kFault = 0x008;     // EPOLLERR
+inline constexpr std::uint32_t kHangUp = 0x010;    // EPOLLHUP
 inline constexpr std::uint32_t kPeerClosed = 0x2000;  // EPOLLRDHUP
 
 // What a port or a server needs of the loop: watches on descriptors. The relay's tests drive a

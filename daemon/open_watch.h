@@ -1,7 +1,9 @@
-// Tells the daemon when a program opens a port's device: one inotify instance for all ports
-// (the kernel allows only a few instances per user, 128 by default, and a daemon may serve 1024
-// ports), with a watch (IN_OPEN) per device. An open only wakes the port, which then asks the
-// pty itself whether a program holds it, so merged or lost events cannot mislead it.
+// Tells the daemon when a program opens a port's device or closes it after writing: one inotify
+// instance for all ports (the kernel allows only a few instances per user, 128 by default, and a
+// daemon may serve 1024 ports), with a watch (IN_OPEN, IN_CLOSE_WRITE) per device. An event only
+// wakes the port, which then asks the pty itself whether a program holds it, so merged or lost
+// events cannot mislead it. Closes after writing are watched, not all closes: the daemon's own
+// opens of a device are read-only, and their closes must not wake it again.
 // Owns the inotify descriptor and its watch in the loop. Single-threaded (the loop's).
 #ifndef KETRA_DAEMON_OPEN_WATCH_H_
 #define KETRA_DAEMON_OPEN_WATCH_H_
@@ -23,8 +25,10 @@ class OpenWatch {
   OpenWatch& operator=(const OpenWatch&) = delete;
   ~OpenWatch();
 
-  // Runs `opened` after `path` has been opened. Throws std::system_error.
-  void Add(const std::string& path, std::function<void()> opened);
+  // Runs `touched(closed_after_writing)` after `path` was opened or closed after writing, once
+  // per batch of events. Throws std::system_error.
+  using Touched = std::function<void(bool closed_after_writing)>;
+  void Add(const std::string& path, Touched touched);
 
  private:
   void OnEvents();
@@ -32,7 +36,7 @@ class OpenWatch {
   Poller& poller_;
   runtime::Fd inotify_;
   Poller::WatchId watch_ = 0;
-  std::map<int, std::function<void()>> callbacks_;  // by inotify watch descriptor
+  std::map<int, Touched> callbacks_;  // by inotify watch descriptor
 };
 
 }  // namespace ketra::vspd

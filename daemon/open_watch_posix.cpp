@@ -2,7 +2,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <set>
 #include <system_error>
 
 #include "daemon/open_watch.h"
@@ -17,29 +16,33 @@ OpenWatch::OpenWatch(Poller& poller)
 
 OpenWatch::~OpenWatch() { poller_.Remove(watch_); }
 
-void OpenWatch::Add(const std::string& path, std::function<void()> opened) {
-  const int descriptor = ::inotify_add_watch(inotify_.get(), path.c_str(), IN_OPEN);
+void OpenWatch::Add(const std::string& path, Touched touched) {
+  const int descriptor =
+      ::inotify_add_watch(inotify_.get(), path.c_str(), IN_OPEN | IN_CLOSE_WRITE);
   if (descriptor < 0) {
     throw std::system_error(errno, std::generic_category(), "inotify_add_watch " + path);
   }
-  callbacks_[descriptor] = std::move(opened);
+  callbacks_[descriptor] = std::move(touched);
 }
 
 void OpenWatch::OnEvents() {
   alignas(inotify_event) char buffer[8192];
-  std::set<int> opened;
+  std::map<int, bool> touched;  // watch descriptor -> closed after writing
   for (;;) {
     const ssize_t size = ::read(inotify_.get(), buffer, sizeof buffer);
     if (size <= 0) break;
     for (ssize_t at = 0; at < size;) {
       const auto* event = reinterpret_cast<const inotify_event*>(buffer + at);
-      opened.insert(event->wd);
+      touched[event->wd] |= (event->mask & IN_CLOSE_WRITE) != 0;
       at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
     }
   }
-  // Each port once per batch, however many opens it saw.
-  for (const int descriptor : opened) {
-    if (const auto found = callbacks_.find(descriptor); found != callbacks_.end()) found->second();
+  // Each port once per batch, however many events it saw. (A queue overflow, IN_Q_OVERFLOW with
+  // watch descriptor -1, names no port; the ports then learn of a program at its next event.)
+  for (const auto& [descriptor, closed] : touched) {
+    if (const auto found = callbacks_.find(descriptor); found != callbacks_.end()) {
+      found->second(closed);
+    }
   }
 }
 

@@ -14,6 +14,9 @@ constexpr int kRoundsPerEvent = 32;
 constexpr std::size_t kLargestDatagram = 65536;
 // Bytes gathered from queued datagrams for one pty write, about what a pty buffers.
 constexpr std::size_t kMostGathered = 65536;
+// Datagrams a flush of the program's input discards at most: more than a receive buffer holds,
+// so that a terminal that never stops sending cannot hold the loop.
+constexpr int kMostFlushed = 1 << 16;
 
 bool SendSideFull(long result) { return result == -EAGAIN || result == -ENOBUFS; }
 
@@ -36,8 +39,12 @@ VirtualPort::VirtualPort(Poller& poller, std::string name, std::unique_ptr<PortI
     // The daemon before may have stopped the terminal; an XON it does not need does no harm.
     if (flow_.software()) SendFlowCharacter(flow_.xon());
   }
-  held_ = io_->Held();
-  if (held_) Watch();
+  // A program that came and went while no daemon watched (a restart) left its state behind.
+  if (io_->Held()) {
+    ProgramCame();
+  } else {
+    MakeFresh();
+  }
   UpdateInterest();
 }
 
@@ -47,7 +54,8 @@ VirtualPort::~VirtualPort() {
 }
 
 void VirtualPort::Watch() {
-  pty_watch_ = poller_.Add(io_->pty_fd(), kReadable, [this](std::uint32_t e) { OnPtyEvents(e); });
+  pty_watch_ = poller_.Add(io_->pty_fd(), kReadable | kPriority,
+                           [this](std::uint32_t e) { OnPtyEvents(e); });
 }
 
 std::uint8_t VirtualPort::Connect(const PortSettings& settings) {
@@ -105,6 +113,9 @@ std::uint8_t VirtualPort::Disconnect() {
 }
 
 void VirtualPort::OnPtyEvents(std::uint32_t events) {
+  // What the program did comes first: a flush of its input must reach the backlog before the
+  // backlog reaches the pty.
+  if ((events & kPriority) != 0) OnProgramEvents(io_->TakePtyEvents());
   const bool socket_held_back = !to_pty_.empty();
   if ((events & kWritable) != 0) FlushToPty();
   if ((events & (kReadable | kHangUp | kFault)) != 0) {
@@ -128,16 +139,26 @@ void VirtualPort::OnSocketEvents(std::uint32_t events) {
   UpdateInterest();
 }
 
-void VirtualPort::ProgramMayHaveOpened() {
+void VirtualPort::DeviceTouched(bool closed_after_writing) {
+  // While held, the master's hang-up tells when the last program goes.
   if (held_) return;
   // What a program wrote before it closed again, too quickly to be seen as holding the port.
   while (RelayFromPty() == Drain::kMore) {
   }
   if (io_->Held()) {
-    held_ = true;
-    Watch();
+    ProgramCame();
+  } else if (closed_after_writing) {
+    // A program came and went before the port saw it: it may have left its state behind. The
+    // daemon's own opens close without writing, so they never lead here.
+    ProgramCame();
+    ProgramGone();
   }
   UpdateInterest();
+}
+
+void VirtualPort::ProgramCame() {
+  held_ = true;
+  Watch();
 }
 
 void VirtualPort::ProgramGone() {
@@ -148,17 +169,68 @@ void VirtualPort::ProgramGone() {
   counters_.unheld_bytes += to_pty_.size() - to_pty_offset_;
   to_pty_.clear();
   to_pty_offset_ = 0;
+  MakeFresh();
+  // The terminal may go on: what it sends now is discarded, not held up.
+  if (stopped_terminal_) SendFlowCharacter(flow_.xon());
+  // The rest of what the program wrote, unless the terminal or the socket holds it back.
+  while (RelayFromPty() == Drain::kMore) {
+  }
+}
+
+void VirtualPort::MakeFresh() {
   PortIo::Freshened freshened = io_->Freshen();
   if (freshened.reopen_error == EBUSY) {
     // Left exclusive: the next program would get EBUSY too, until the daemon restarts.
     freshened.problem = ReplacePty();
   }
   if (!freshened.problem.empty()) last_problem_ = std::move(freshened.problem);
-  // The terminal may go on: what it sends now is discarded, not held up.
-  if (stopped_terminal_) SendFlowCharacter(flow_.xon());
-  // The rest of what the program wrote, unless the terminal or the socket holds it back.
-  while (RelayFromPty() == Drain::kMore) {
+  // The reset's own flush and restart reach the master as events; nobody holds the port, so
+  // they are taken and dropped here, before a program comes whose events they are not.
+  io_->TakePtyEvents();
+  program_stopped_ = false;
+}
+
+void VirtualPort::OnProgramEvents(std::uint8_t events) {
+  if ((events & kOutputStopped) != 0) ProgramOutputStopped(true);
+  if ((events & kOutputStarted) != 0) ProgramOutputStopped(false);
+  // Without a program the port holds nothing for one (a flush seen then is the daemon's own).
+  if (!held_) return;
+  if ((events & kInputFlushed) != 0) ProgramFlushedInput();
+  if ((events & kOutputFlushed) != 0) ProgramFlushedOutput();
+}
+
+void VirtualPort::ProgramOutputStopped(bool stopped) { program_stopped_ = stopped; }
+
+void VirtualPort::ProgramFlushedInput() {
+  // A serial driver's input buffer is what the daemon holds for the program and what waits in
+  // the socket; the pty's own queue the kernel has emptied. Datagrams that arrive between the
+  // flush and this (normally microseconds) go with them.
+  std::uint64_t discarded = to_pty_.size() - to_pty_offset_;
+  to_pty_.clear();
+  to_pty_offset_ = 0;
+  if (connected()) {
+    bool drained = false;
+    for (int round = 0; round < kMostFlushed && !drained; ++round) {
+      const auto passed = ReceiveDatagram(&drained);
+      if (!passed) break;
+      discarded += passed->size();
+    }
   }
+  counters_.discarded_bytes += discarded;
+  // Nothing waits any more: a terminal the port stopped may send again.
+  if (stopped_terminal_) SendFlowCharacter(flow_.xon());
+}
+
+void VirtualPort::ProgramFlushedOutput() {
+  // The kernel emptied the pty's queue toward the master up to what the master had taken in
+  // already. While the relay was held back (the terminal's XOFF, a full send side) that rest is
+  // what the program wrote before its flush; otherwise the relay has read everything up to the
+  // flush, and what waits came after it.
+  const bool held_back = (connected() && flow_.paused()) || !to_socket_.empty();
+  std::uint64_t discarded = to_socket_.size();
+  to_socket_.clear();
+  if (held_back) discarded += io_->DiscardProgramOutput();
+  counters_.discarded_bytes += discarded;
 }
 
 std::string VirtualPort::ReplacePty() {
@@ -185,7 +257,12 @@ VirtualPort::Drain VirtualPort::RelayFromPty() {
   for (int round = 0; round < kRoundsPerEvent; ++round) {
     if (connected() && flow_.paused()) return Drain::kBlocked;
     if (!to_socket_.empty() && !FlushToSocket()) return Drain::kBlocked;
-    const long got = io_->ReadPty(std::span(buffer_.data(), options_.max_datagram));
+    std::uint8_t events = 0;
+    const long got = io_->ReadPty(std::span(buffer_.data(), options_.max_datagram), &events);
+    if (events != 0) {
+      OnProgramEvents(events);
+      continue;
+    }
     if (got == -EIO) return Drain::kGone;  // no program holds the port, and all it wrote went
     if (got <= 0) return Drain::kBlocked;  // nothing more now (EAGAIN)
     const auto size = static_cast<std::size_t>(got);
@@ -237,30 +314,13 @@ void VirtualPort::RelayFromSocket() {
   // quarter of the runs (bench/daemon/vspd_peers_bench.py).
   bool drained = false;
   for (int round = 0; round < kRoundsPerEvent && to_pty_.size() < kMostGathered; ++round) {
-    net::Endpoint from;
-    std::uint32_t dropped = 0;
-    const long got = io_->ReceiveFrom(buffer_, &from, &dropped);
-    counters_.dropped_datagrams = std::max(counters_.dropped_datagrams, dropped_before_ + dropped);
-    drained = got == -EAGAIN;
-    if (got < 0) break;  // EAGAIN, or an error the socket reports once
-    if (from != settings_->remote) {
-      ++counters_.stranger_datagrams;
-      counters_.stranger_bytes += static_cast<std::uint64_t>(got);
-      continue;
-    }
-    ++counters_.datagrams_from_udp;
-    const bool was_paused = flow_.paused();
-    const auto passed = flow_.Filter(std::span(buffer_.data(), static_cast<std::size_t>(got)));
-    if (was_paused && !flow_.paused() && !held_) {
-      // XON: what the last program wrote before it closed may go now.
-      while (RelayFromPty() == Drain::kMore) {
-      }
-    }
+    const auto passed = ReceiveDatagram(&drained);
+    if (!passed) break;  // EAGAIN, or an error the socket reports once
     if (!held_) {
-      counters_.unheld_bytes += passed.size();
+      counters_.unheld_bytes += passed->size();
       continue;
     }
-    to_pty_.insert(to_pty_.end(), passed.begin(), passed.end());
+    to_pty_.insert(to_pty_.end(), passed->begin(), passed->end());
   }
   if (!to_pty_.empty() && !FlushToPty()) {
     // The program reads slower than the terminal sends.
@@ -273,6 +333,29 @@ void VirtualPort::RelayFromSocket() {
   if (stopped_terminal_ && (drained || !io_->DatagramWaiting())) {
     SendFlowCharacter(flow_.xon());
   }
+}
+
+std::optional<std::span<std::uint8_t>> VirtualPort::ReceiveDatagram(bool* drained) {
+  net::Endpoint from;
+  std::uint32_t dropped = 0;
+  const long got = io_->ReceiveFrom(buffer_, &from, &dropped);
+  counters_.dropped_datagrams = std::max(counters_.dropped_datagrams, dropped_before_ + dropped);
+  *drained = got == -EAGAIN;
+  if (got < 0) return std::nullopt;
+  if (from != settings_->remote) {
+    ++counters_.stranger_datagrams;
+    counters_.stranger_bytes += static_cast<std::uint64_t>(got);
+    return std::span<std::uint8_t>();
+  }
+  ++counters_.datagrams_from_udp;
+  const bool was_paused = flow_.paused();
+  const auto passed = flow_.Filter(std::span(buffer_.data(), static_cast<std::size_t>(got)));
+  if (was_paused && !flow_.paused() && !held_) {
+    // XON: what the last program wrote before it closed may go now.
+    while (RelayFromPty() == Drain::kMore) {
+    }
+  }
+  return passed;
 }
 
 void VirtualPort::SendFlowCharacter(std::uint8_t character) {
@@ -295,7 +378,8 @@ void VirtualPort::SendFlowCharacter(std::uint8_t character) {
 
 void VirtualPort::UpdateInterest() {
   if (pty_watch_ != 0) {
-    std::uint32_t pty_events = 0;
+    // The program's events are always taken; its data only while the relay can pass it on.
+    std::uint32_t pty_events = kPriority;
     if (!connected() || (!flow_.paused() && to_socket_.empty())) pty_events |= kReadable;
     if (!to_pty_.empty()) pty_events |= kWritable;
     poller_.Modify(pty_watch_, pty_events);

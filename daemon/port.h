@@ -13,9 +13,15 @@
 // kernel dropped for a full receive buffer, bytes from the terminal while no program holds the
 // port, bytes from the program while not connected, datagrams the kernel refused to send.
 //
+// What the program does to its line comes through the pty's packet mode: a flush of its input
+// discards what waits for it here and in the socket, a flush of its output what it wrote that
+// has not gone yet (both counted as discarded_bytes), and whether its output is stopped is
+// followed for status.
+//
 // A line when nobody holds it: the port knows whether a program holds its device (PortIo::Held)
 // and, after the last one closes, discards what the terminal sends and makes the device fresh
-// for the next program (PortIo::Freshen). A device the last program left exclusive cannot be
+// for the next program (PortIo::Freshen), also after a program that came and went before the
+// port saw it. A device the last program left exclusive cannot be
 // reopened without CAP_SYS_ADMIN; the port then takes a new pty with the same settings and
 // points its link there, so the next program still finds a fresh port.
 //
@@ -27,6 +33,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -55,7 +62,7 @@ struct PortCounters {
   // Losses, each counted where it happens.
   std::uint64_t dropped_datagrams = 0;  // by the kernel, for a full receive buffer
   std::uint64_t unheld_bytes = 0;       // from the terminal while no program held the port
-  std::uint64_t discarded_bytes = 0;    // from the program while not connected
+  std::uint64_t discarded_bytes = 0;    // not connected, or flushed by the program
   std::uint64_t send_errors = 0;        // datagrams the kernel refused (not for a full buffer)
   std::uint64_t send_error_bytes = 0;
   std::uint64_t pty_error_bytes = 0;  // bytes the pty refused for good
@@ -83,8 +90,9 @@ class VirtualPort {
   std::uint8_t Connect(const PortSettings& settings);
   // 113 disconnected, 0 not connected, 22 the socket's release reported an error.
   std::uint8_t Disconnect();
-  // A program may have opened the device (OpenWatch says so): the port asks the pty.
-  void ProgramMayHaveOpened();
+  // A program opened the device, or closed it after writing (OpenWatch says so; events merge
+  // and the daemon's own opens show too): the port asks the pty whether a program holds it.
+  void DeviceTouched(bool closed_after_writing);
   // Takes the kernel's drop count from the socket now, for a status or a loss line: datagrams
   // tell it only when one arrives after the drops, and after a burst that ends in drops none
   // does.
@@ -110,6 +118,12 @@ class VirtualPort {
   bool paused() const { return flow_.paused(); }
   // The port sent the terminal XOFF and owes it an XON.
   bool stopped_terminal() const { return stopped_terminal_; }
+  // The program's output is stopped (tcflow, or a STOP character with IXON).
+  bool program_stopped() const { return program_stopped_; }
+  // The line as the program set it, while a program holds the port.
+  std::optional<ProgramLine> program_line() const {
+    return held_ ? io_->ReadProgramLine() : std::nullopt;
+  }
   const std::optional<PortSettings>& settings() const { return settings_; }
   net::Endpoint local_endpoint() const { return io_->LocalEndpoint(); }
   const PortCounters& counters() const { return counters_; }
@@ -123,10 +137,21 @@ class VirtualPort {
   void Watch();
   void OnPtyEvents(std::uint32_t events);
   void OnSocketEvents(std::uint32_t events);
+  // Where the port learns what the program does, one place each.
+  void ProgramCame();
   void ProgramGone();
+  void ProgramFlushedInput();
+  void ProgramFlushedOutput();
+  void ProgramOutputStopped(bool stopped);
+  void OnProgramEvents(std::uint8_t events);
+  void MakeFresh();
   std::string ReplacePty();
   Drain RelayFromPty();
   void RelayFromSocket();
+  // One datagram from the socket with its flow characters followed: the bytes it holds for the
+  // program (empty for a stranger's or one that was all flow), or nullopt when none came
+  // (*drained: the socket said EAGAIN).
+  std::optional<std::span<std::uint8_t>> ReceiveDatagram(bool* drained);
   bool FlushToPty();
   bool FlushToSocket();
   void SendFlowCharacter(std::uint8_t character);
@@ -145,6 +170,7 @@ class VirtualPort {
   std::optional<PortSettings> settings_;
   FlowControl flow_ = FlowControl::Hardware();
   bool stopped_terminal_ = false;
+  bool program_stopped_ = false;
   std::optional<std::uint8_t> owed_flow_character_;  // could not be sent yet
   std::uint64_t dropped_before_ = 0;                 // by sockets closed earlier
 

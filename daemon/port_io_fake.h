@@ -12,6 +12,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "daemon/event_loop.h"
@@ -39,7 +40,10 @@ class FakePortIo final : public PortIo {
 
   // The program on the pty.
   bool held = false;
-  std::deque<Bytes> from_program;     // one chunk per ReadPty (cut to the buffer)
+  std::deque<Bytes> from_program;  // one chunk per ReadPty (cut to the buffer)
+  std::uint8_t pty_events = 0;     // PtyEvent bits told before any data, as packet mode does
+  std::size_t program_output_discarded = 0;  // by DiscardProgramOutput
+  std::optional<ProgramLine> line;
   Bytes to_program;                   // everything WritePty took
   std::size_t pty_room = kUnlimited;  // bytes WritePty takes before -EAGAIN
   int freshened = 0;
@@ -55,8 +59,13 @@ class FakePortIo final : public PortIo {
 
   int pty_fd() const override { return kPtyFd; }
   const std::string& pty_path() const override { return path_; }
-  long ReadPty(std::span<std::uint8_t> buffer) override {
+  long ReadPty(std::span<std::uint8_t> buffer, std::uint8_t* events) override {
+    *events = 0;
     if (const auto error = TakeFailure(Call::kReadPty)) return -*error;
+    if (pty_events != 0) {
+      *events = std::exchange(pty_events, 0);
+      return 0;
+    }
     if (from_program.empty()) return held ? -EAGAIN : -EIO;
     Bytes& chunk = from_program.front();
     const std::size_t size = std::min(buffer.size(), chunk.size());
@@ -73,9 +82,20 @@ class FakePortIo final : public PortIo {
     if (pty_room != kUnlimited) pty_room -= size;
     return static_cast<long>(size);
   }
+  std::uint8_t TakePtyEvents() override { return std::exchange(pty_events, 0); }
+  std::size_t DiscardProgramOutput() override {
+    std::size_t size = 0;
+    for (const Bytes& chunk : from_program) size += chunk.size();
+    from_program.clear();
+    program_output_discarded += size;
+    return size;
+  }
+  std::optional<ProgramLine> ReadProgramLine() override { return line; }
   bool Held() override { return held; }
   Freshened Freshen() override {
     ++freshened;
+    // As the real one: its own flush of the input reaches the master.
+    pty_events |= kInputFlushed;
     return freshen_result;
   }
   std::string ReplacePty() override {

@@ -70,7 +70,8 @@ class PortIoContract : public ::testing::Test {
  protected:
   Bytes ReadAll(std::size_t size) {
     Bytes all(size + 1);
-    const long got = io_->ReadPty(all);
+    std::uint8_t events = 0;
+    const long got = io_->ReadPty(all, &events);
     all.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
     return all;
   }
@@ -84,12 +85,13 @@ TYPED_TEST_SUITE(PortIoContract, Implementations);
 TYPED_TEST(PortIoContract, ThePtyFollowsWhetherAProgramHoldsIt) {
   PortIo& io = *this->io_;
   std::uint8_t byte[1];
+  std::uint8_t events = 0;
   EXPECT_FALSE(io.Held());
-  EXPECT_EQ(io.ReadPty(byte), -EIO);
+  EXPECT_EQ(io.ReadPty(byte, &events), -EIO);
 
   this->harness.Open(io);
   EXPECT_TRUE(io.Held());
-  EXPECT_EQ(io.ReadPty(byte), -EAGAIN);
+  EXPECT_EQ(io.ReadPty(byte, &events), -EAGAIN);
   this->harness.Write(io, {'a', 0, 0xFF});
   EXPECT_EQ(this->ReadAll(3), (Bytes{'a', 0, 0xFF}));
   const Bytes toward{'z', 0x11, 0x13};
@@ -101,7 +103,8 @@ TYPED_TEST(PortIoContract, ThePtyFollowsWhetherAProgramHoldsIt) {
   this->harness.Close(io);
   EXPECT_FALSE(io.Held());
   EXPECT_EQ(this->ReadAll(3), (Bytes{'b', 'y', 'e'}));
-  EXPECT_EQ(io.ReadPty(byte), -EIO);
+  EXPECT_EQ(io.ReadPty(byte, &events), -EIO);
+  EXPECT_EQ(events, 0);
 }
 
 TYPED_TEST(PortIoContract, TheSocketSaysWhatWaitsWithoutTakingIt) {
@@ -126,47 +129,100 @@ TYPED_TEST(PortIoContract, TheSocketSaysWhatWaitsWithoutTakingIt) {
   EXPECT_FALSE(io.socket_open());
 }
 
-// A port left exclusive cannot be reopened unprivileged: a new pty must carry the old one's
-// settings and come fresh. (Resetting the same pty is checked end to end, with python3-serial.)
-TEST(PosixPortIoTest, AReplacedPtyKeepsItsSpeedAndModesAndComesFresh) {
+// What the program does reaches the master through packet mode, ahead of its data, and a
+// read of the events alone takes no data; the program's line is read through the master (the
+// pty driver keeps 8 bits and no parity, but the speed, stop bits, flow and PARODD as set).
+TEST(PosixPortIoTest, ThePtyTellsTheProgramsFlushesStopsAndLine) {
   std::string warning;
   const auto io = OpenPosixPortIo("", &warning);
-  const std::string old_path = io->pty_path();
-  {
-    const runtime::Fd program(::open(io->pty_path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));
-    ASSERT_TRUE(program.valid());
-    termios settings{};
-    ASSERT_EQ(::tcgetattr(program.get(), &settings), 0);
-    ::cfsetspeed(&settings, B9600);
-    settings.c_cflag |= CSTOPB;
-    settings.c_cc[VSTART] = _POSIX_VDISABLE;
-    settings.c_cc[VSTOP] = _POSIX_VDISABLE;
-    ASSERT_EQ(::tcsetattr(program.get(), TCSANOW, &settings), 0);
-    ASSERT_EQ(::ioctl(program.get(), TIOCEXCL), 0);
-    ASSERT_EQ(::tcflow(program.get(), TCOOFF), 0);
-    const Bytes unread{'o', 'l', 'd'};
-    ASSERT_EQ(io->WritePty(unread), 3);
-  }
-  ASSERT_FALSE(io->Held());
-  EXPECT_EQ(io->ReplacePty(), "");
-  EXPECT_NE(io->pty_path(), old_path);
-
-  const runtime::Fd next(::open(io->pty_path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));
-  ASSERT_TRUE(next.valid());
-  int exclusive = 1;
-  ASSERT_EQ(::ioctl(next.get(), TIOCGEXCL, &exclusive), 0);
-  EXPECT_EQ(exclusive, 0);
-  char byte = 0;
-  EXPECT_EQ(::read(next.get(), &byte, 1), -1) << "stale input for the next program";
-  EXPECT_EQ(::write(next.get(), "x", 1), 1) << "output left stopped";
-  std::uint8_t got[4];
-  EXPECT_EQ(io->ReadPty(got), 1);
+  const runtime::Fd program(::open(io->pty_path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));
+  ASSERT_TRUE(program.valid());
   termios settings{};
-  ASSERT_EQ(::tcgetattr(next.get(), &settings), 0);
-  EXPECT_EQ(::cfgetospeed(&settings), static_cast<speed_t>(B9600));
-  EXPECT_NE(settings.c_cflag & CSTOPB, 0u);
-  EXPECT_EQ(settings.c_cc[VSTART], 0x11);
-  EXPECT_EQ(settings.c_cc[VSTOP], 0x13);
+  ASSERT_EQ(::tcgetattr(program.get(), &settings), 0);
+  ::cfsetspeed(&settings, B9600);
+  settings.c_cflag =
+      (settings.c_cflag & ~static_cast<tcflag_t>(CSIZE)) | CS7 | PARENB | PARODD | CSTOPB | CRTSCTS;
+  settings.c_iflag |= IXOFF;
+  ASSERT_EQ(::tcsetattr(program.get(), TCSANOW, &settings), 0);
+  const auto line = io->ReadProgramLine();
+  ASSERT_TRUE(line);
+  EXPECT_EQ(line->speed, 9600u);
+  EXPECT_EQ(line->stop_bits, 2);
+  EXPECT_TRUE(line->parity_odd && line->rts_cts && line->xon_xoff_input);
+  EXPECT_FALSE(line->xon_xoff_output);
+
+  std::uint8_t buffer[16];
+  std::uint8_t events = 0;
+  ASSERT_EQ(::write(program.get(), "ab", 2), 2);
+  EXPECT_EQ(io->TakePtyEvents(), 0);
+  ASSERT_EQ(::tcflush(program.get(), TCIFLUSH), 0);
+  EXPECT_EQ(io->ReadPty(buffer, &events), 0);
+  EXPECT_EQ(events, kInputFlushed);
+  EXPECT_EQ(io->ReadPty(buffer, &events), 2) << "the data stays behind the events";
+  ASSERT_EQ(::tcflow(program.get(), TCOOFF), 0);
+  EXPECT_EQ(io->TakePtyEvents(), kOutputStopped);
+  ASSERT_EQ(::tcflow(program.get(), TCOON), 0);
+  ASSERT_EQ(::write(program.get(), "cd", 2), 2);
+  ASSERT_EQ(::tcflush(program.get(), TCOFLUSH), 0);
+  EXPECT_EQ(io->TakePtyEvents(), kOutputStarted | kOutputFlushed);
+  EXPECT_EQ(io->DiscardProgramOutput(), 2u) << "what the master had taken in already";
+  EXPECT_EQ(io->ReadPty(buffer, &events), -EAGAIN);
+}
+
+// Every state a program can leave is gone for the next one, whether the pty is reset or, when
+// left exclusive (an unprivileged daemon cannot reopen it), replaced.
+TEST(PosixPortIoTest, TheNextProgramFindsAFreshPort) {
+  for (const bool replace : {false, true}) {
+    SCOPED_TRACE(replace ? "replaced" : "reset");
+    std::string warning;
+    const auto io = OpenPosixPortIo("", &warning);
+    const std::string old_path = io->pty_path();
+    {
+      const runtime::Fd program(::open(io->pty_path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));
+      ASSERT_TRUE(program.valid());
+      termios settings{};
+      ASSERT_EQ(::tcgetattr(program.get(), &settings), 0);
+      ::cfsetspeed(&settings, B9600);
+      settings.c_cflag |= CSTOPB;
+      settings.c_iflag |= IXON;
+      settings.c_lflag |= ICANON | ECHO;
+      settings.c_cc[VSTART] = _POSIX_VDISABLE;
+      settings.c_cc[VSTOP] = _POSIX_VDISABLE;
+      ASSERT_EQ(::tcsetattr(program.get(), TCSANOW, &settings), 0);
+      ASSERT_EQ(::ioctl(program.get(), TIOCEXCL), 0);
+      ASSERT_EQ(::tcflow(program.get(), TCOOFF), 0);
+      const Bytes unread{'o', 'l', 'd'};
+      ASSERT_EQ(io->WritePty(unread), 3);
+    }
+    ASSERT_FALSE(io->Held());
+    if (replace) {
+      EXPECT_EQ(io->ReplacePty(), "");
+      EXPECT_NE(io->pty_path(), old_path);
+    } else {
+      EXPECT_EQ(io->Freshen().problem, "");
+    }
+
+    const runtime::Fd next(::open(io->pty_path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));
+    ASSERT_TRUE(next.valid());
+    int exclusive = 1;
+    ASSERT_EQ(::ioctl(next.get(), TIOCGEXCL, &exclusive), 0);
+    EXPECT_EQ(exclusive, 0);
+    char byte = 0;
+    EXPECT_EQ(::read(next.get(), &byte, 1), -1) << "stale input for the next program";
+    EXPECT_EQ(::write(next.get(), "x", 1), 1) << "output left stopped";
+    std::uint8_t got[4];
+    std::uint8_t events = 0;
+    while (io->ReadPty(got, &events) == 0 && events != 0) {
+    }
+    termios settings{};
+    ASSERT_EQ(::tcgetattr(next.get(), &settings), 0);
+    EXPECT_EQ(::cfgetospeed(&settings), static_cast<speed_t>(B115200));
+    EXPECT_EQ(settings.c_cflag & CSTOPB, 0u);
+    EXPECT_EQ(settings.c_iflag & IXON, 0u);
+    EXPECT_EQ(settings.c_lflag & (ICANON | ECHO), 0u);
+    EXPECT_EQ(settings.c_cc[VSTART], 0x11);
+    EXPECT_EQ(settings.c_cc[VSTOP], 0x13);
+  }
 }
 
 }  // namespace

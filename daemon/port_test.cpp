@@ -227,13 +227,20 @@ TEST_F(RelayTest, TheTerminalsXoffHoldsThePtyUntilItsXon) {
 }
 
 // That the bytes of a port nobody holds are counted and that a program opening it is seen are
-// checked end to end; here the way back to unheld, with a stopped terminal.
+// checked end to end; here the way back to unheld, with a stopped terminal, and which device
+// events lead to a reset: a program that came and went unseen does, the daemon's own read-only
+// open of its reset does not (it would wake the port for ever).
 TEST_F(RelayTest, NobodyHoldsThePortThenAProgramOpensItThenLeaves) {
   Make(false);
   Connect(true);
+  EXPECT_EQ(io_->freshened, 1) << "a port nobody holds at start is made fresh";
   EXPECT_FALSE(poller_.Interest(kPty)) << "an unheld master hangs up for ever";
+  port_->DeviceTouched(false);
+  port_->DeviceTouched(true);
+  EXPECT_FALSE(port_->held());
+  EXPECT_EQ(io_->freshened, 2) << "only a close after writing, of a program gone unseen";
   io_->held = true;
-  port_->ProgramMayHaveOpened();
+  port_->DeviceTouched(false);
   EXPECT_TRUE(port_->held());
 
   // The program stops reading, the terminal is stopped, the program writes and leaves.
@@ -245,10 +252,52 @@ TEST_F(RelayTest, NobodyHoldsThePortThenAProgramOpensItThenLeaves) {
   io_->held = false;
   poller_.Fire(kPty, kReadable | kHangUp);
   EXPECT_FALSE(port_->held());
-  EXPECT_EQ(io_->freshened, 1);
+  EXPECT_EQ(io_->freshened, 3);
   EXPECT_FALSE(poller_.Interest(kPty));
   EXPECT_EQ(Sent(), (std::vector<Bytes>{{kXoff}, Text("bye"), {kXon}}));
   EXPECT_EQ(port_->counters().unheld_bytes, 4u) << "what waited for the program";
+}
+
+// The program's flushes, told by the pty before its data: of its input, what the port holds
+// for it and what waits in the socket (a stopped terminal may then send again); of its output,
+// what the port read and could not send yet, and, while held back, what waits in the master.
+// Both are counted as discarded. A flush comes before the backlog goes into the pty.
+TEST_F(RelayTest, TheProgramsFlushesDiscardWhatWaitsAndCountIt) {
+  Make(true);
+  Connect(true);
+  io_->pty_room = 2;
+  FromTerminal(Text("old1"));
+  FromTerminal(Text("old2"));
+  poller_.Fire(kSocket, kReadable);
+  EXPECT_TRUE(port_->stopped_terminal());
+  FromTerminal(Text("queued"));
+  io_->pty_room = FakePortIo::kUnlimited;
+  io_->pty_events = kInputFlushed;
+  poller_.Fire(kPty, kPriority | kWritable);
+  EXPECT_EQ(io_->to_program, Text("ol")) << "the backlog went in after the flush";
+  EXPECT_EQ(port_->counters().discarded_bytes, 6u + 6u);
+  EXPECT_FALSE(port_->stopped_terminal());
+  FromTerminal(Text("new"));
+  poller_.Fire(kSocket, kReadable);
+  EXPECT_EQ(io_->to_program, Text("olnew"));
+
+  FromTerminal({kXoff});
+  poller_.Fire(kSocket, kReadable);
+  io_->from_program = {Text("held"), Text("back")};
+  io_->pty_events = kOutputStopped;
+  poller_.Fire(kPty, kPriority);
+  EXPECT_TRUE(port_->program_stopped());
+  io_->pty_events = kOutputFlushed | kOutputStarted;
+  poller_.Fire(kPty, kPriority);
+  EXPECT_FALSE(port_->program_stopped());
+  EXPECT_EQ(port_->counters().discarded_bytes, 12u + 8u);
+  FromTerminal({kXon});
+  poller_.Fire(kSocket, kReadable);
+  io_->from_program = {Text("after")};
+  io_->pty_events = kOutputFlushed;  // not held back: what waits came after the flush
+  poller_.Fire(kPty, kReadable);
+  EXPECT_EQ(Sent().back(), Text("after"));
+  EXPECT_EQ(port_->counters().discarded_bytes, 20u);
 }
 
 // A device left exclusive cannot be reopened by an unprivileged daemon (EBUSY): the port takes

@@ -9,6 +9,56 @@ std::string Pad(const std::string& text, std::size_t width) {
   return text.size() >= width ? text + " " : text + std::string(width - text.size(), ' ');
 }
 
+// The parity the program asked for, as far as the pty shows it: the kernel's pty driver clears
+// PARENB in every request, and leaves PARODD and CMSPAR, so odd, mark and space show but even
+// cannot be told from none.
+std::string ParityOf(const ProgramLine& line) {
+  if (line.parity_stick) return line.parity_odd ? "mark" : "space";
+  if (line.parity_odd) return "odd";
+  return line.parity_enabled ? "even" : "none or even";
+}
+
+// The program's line: what it set, and what a pty cannot carry whatever it set.
+nlohmann::json ProgramLineStatus(const ProgramLine& line, bool output_stopped) {
+  nlohmann::json not_carried = {"data bits", "parity", "modem lines", "break"};
+  if (line.rts_cts) not_carried.push_back("RTS/CTS flow");
+  return {
+      {"speed", line.speed},
+      // 8 is all a pty holds on Linux, whatever was asked; another size is what was asked.
+      {"data_bits", line.data_bits == 8 ? nlohmann::json(nullptr) : nlohmann::json(line.data_bits)},
+      {"parity", ParityOf(line)},
+      {"stop_bits", line.stop_bits},
+      {"xon_xoff_output", line.xon_xoff_output},
+      {"xon_xoff_input", line.xon_xoff_input},
+      {"rts_cts", line.rts_cts},
+      {"output_stopped", output_stopped},
+      {"not_carried", std::move(not_carried)},
+  };
+}
+
+std::string ProgramLineText(const nlohmann::json& line) {
+  const auto flag = [&](const char* key) { return line.at(key).get<bool>(); };
+  std::string text =
+      std::to_string(line.at("speed").get<std::uint32_t>()) + " bits/s, data bits " +
+      (line.at("data_bits").is_null() ? std::string("?")
+                                      : std::to_string(line.at("data_bits").get<int>())) +
+      ", parity " + line.at("parity").get<std::string>() + ", stop bits " +
+      std::to_string(line.at("stop_bits").get<int>());
+  if (flag("xon_xoff_output") || flag("xon_xoff_input")) {
+    text += std::string(", XON/XOFF ") +
+            (flag("xon_xoff_output") && flag("xon_xoff_input")
+                 ? "both ways"
+                 : (flag("xon_xoff_output") ? "on its output" : "on its input"));
+  }
+  if (flag("rts_cts")) text += ", RTS/CTS";
+  if (flag("output_stopped")) text += ", output stopped";
+  std::string not_carried;
+  for (const auto& what : line.at("not_carried")) {
+    not_carried += (not_carried.empty() ? "" : ", ") + what.get<std::string>();
+  }
+  return text + "; not carried by a pty: " + not_carried;
+}
+
 }  // namespace
 
 nlohmann::json PortStatus(const VirtualPort& port) {
@@ -39,6 +89,9 @@ nlohmann::json PortStatus(const VirtualPort& port) {
       {"xoff_sent", c.xoff_sent},
       {"xon_sent", c.xon_sent},
   };
+  // What the program set, while one holds the port.
+  const auto line = port.program_line();
+  status["program"] = line ? ProgramLineStatus(*line, port.program_stopped()) : nullptr;
   if (const auto& settings = port.settings()) {
     status["local"] = port.local_endpoint().ToString();
     status["remote"] = settings->remote.ToString();
@@ -87,6 +140,9 @@ std::string FormatStatusTable(const nlohmann::json& status) {
            number("dropped_datagrams") + "/" + number("unheld_bytes") + "/" +
            number("discarded_bytes") + "/" + number("send_errors") + "/" +
            number("pty_error_bytes") + "\n";
+    if (const auto line = port.find("program"); line != port.end() && !line->is_null()) {
+      out += Pad("", 8) + "program: " + ProgramLineText(*line) + "\n";
+    }
   }
   return out;
 }

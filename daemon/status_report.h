@@ -1,5 +1,6 @@
 // The status document of the daemon, as JSON: every port with its link, whether it is connected,
-// its endpoints, its flow state and its counters. The daemon builds it, the client prints it as
+// its endpoints, its flow state, its counters and, while a program holds it, the line as the
+// program set it with what a pty cannot carry. The daemon builds it, the client prints it as
 // a table. Pure functions; thread-safe.
 #ifndef KETRA_DAEMON_STATUS_REPORT_H_
 #define KETRA_DAEMON_STATUS_REPORT_H_

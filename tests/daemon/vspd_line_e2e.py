@@ -2,17 +2,22 @@
 """End-to-end tests of the driver daemon's ports as serial lines, with real clients on loopback.
 
   - Debian's python3-serial opens a port: settings, write and read, flush, break, and the modem
-    lines that a pty does not have (ENOTTY).
+    lines that a pty does not have (ENOTTY); the program's line in `status`.
+  - A flush of the program's input with 1 MB queued from the terminal: the program then reads
+    only what the terminal sent after it, and what was discarded is counted.
   - A burst with software flow through a terminal stand-in that obeys the port's XOFF/XON, while
     the program reads slower than the terminal sends: 0 bytes lost.
   - An 8 MB burst without flow control that ends in drops: the loss that `status` reports is
     exactly the bytes missing, and within the kernel's count.
   - A port nobody holds: what the terminal sends is discarded and counted, and the next program
-    finds a fresh port (no stale input, not exclusive, output not stopped, start/stop at ^Q/^S)
-    with the speed the last one set.
+    finds a fresh port (no stale input, not exclusive, output not stopped, the port's own
+    termios with start/stop at ^Q/^S), also after programs that opened and closed at once, in
+    a tight loop.
   - A restart through a stand-in of the service manager (NOTIFY_SOCKET receiving the descriptors,
-    LISTEN_FDS/LISTEN_FDNAMES handing them back): same /dev/pts/N, the program holding the port
-    sees no error, the connection resumes, nothing written meanwhile is lost.
+    LISTEN_FDS/LISTEN_FDNAMES handing them back, and, as systemd does, dropping a stored
+    descriptor that reports a hang-up or an error): same /dev/pts/N for every port, held or
+    not, the program holding the port sees no error, the connection resumes, nothing written
+    meanwhile is lost.
   - The control channel: the socket answers as soon as its path appears, an empty message is
     refused, status with 1024 ports, status and connect while 200 idle connections are held, a
     start that waits for a locked hive stops on SIGTERM.
@@ -97,7 +102,9 @@ class Vspd:
 
 
 class ServiceManagerStandIn:
-    """The service manager's side of the notify and descriptor-store protocol."""
+    """The service manager's side of the notify and descriptor-store protocol, with systemd's
+    rule that a stored descriptor reporting POLLHUP or POLLERR is closed and dropped at once
+    ("Received EPOLLHUP on stored fd 33 (pty.COM3), closing.")."""
 
     LAUNCH = ("import os, sys\n"
               "fds = [int(f) for f in sys.argv[1].split(',') if f]\n"
@@ -114,12 +121,14 @@ class ServiceManagerStandIn:
         self.sock.setblocking(False)
         self.store = {}  # name -> [fd]
         self.states = []
+        self.dropped = []  # names of descriptors dropped for a hang-up or an error
 
     def pump(self):
         while True:
             try:
                 message, ancillary, _, _ = self.sock.recvmsg(4096, socket.CMSG_SPACE(64 * 4))
             except BlockingIOError:
+                self.drop_hung_up()
                 return
             fds = array.array("i")
             for level, kind, data in ancillary:
@@ -135,6 +144,18 @@ class ServiceManagerStandIn:
                     for fd in self.store.pop(fields.get("FDNAME"), []):
                         os.close(fd)
             self.states.append(fields)
+
+    def drop_hung_up(self):
+        for name in list(self.store):
+            for fd in list(self.store[name]):
+                probe = select.poll()
+                probe.register(fd, 0)  # hang-up and error are always reported
+                if probe.poll(0):
+                    self.store[name].remove(fd)
+                    os.close(fd)
+                    self.dropped.append(name)
+            if not self.store[name]:
+                del self.store[name]
 
     def ready(self):
         self.pump()
@@ -189,7 +210,16 @@ def test_pyserial(root):
     try:
         local = connect(daemon, "COM3", remote)
         check(local is not None, "pyserial: the port connects")
-        line = serial.Serial(daemon.link("COM3"), 9600, timeout=5)
+        line = serial.Serial(daemon.link("COM3"), 9600, bytesize=7, parity="E", timeout=5)
+        wait_for(lambda: daemon.port("COM3")["held"])
+        program = daemon.port("COM3")["program"]
+        _, table = daemon.cli("status")
+        # The pty keeps 8 bits and no parity whatever was asked, and even parity leaves no trace.
+        check(program["speed"] == 9600 and program["stop_bits"] == 1 and
+              program["data_bits"] is None and program["parity"] == "none or even" and
+              {"data bits", "parity", "modem lines", "break"} <= set(program["not_carried"]) and
+              "program: 9600 bits/s" in table and "not carried by a pty: data bits, parity" in table,
+              "pyserial: status shows the program's 9600 7E1 as far as a pty can: %s" % program)
         line.write(b"hello\x00\xff")
         check(receive_all(terminal, 7) == b"hello\x00\xff", "pyserial: write reaches the terminal")
         terminal.sendto(b"world", ("127.0.0.1", local))
@@ -202,18 +232,37 @@ def test_pyserial(root):
         check(attributes[4] == termios.B57600 and attributes[2] & termios.CSTOPB,
               "pyserial: speed and stop bits are set")
 
-        before = daemon.port("COM3")["bytes_to_pty"]
-        terminal.sendto(b"stale", ("127.0.0.1", local))
-        wait_for(lambda: daemon.port("COM3")["bytes_to_pty"] == before + 5)
+        # 1 MB queues from the terminal (in the pty, the daemon and the socket; what the socket
+        # cannot hold the kernel drops, and counts) while the program reads nothing; then the
+        # program flushes its input, as before a command whose answer it waits for.
+        before = daemon.port("COM3")
+        for i in range(1000):
+            terminal.sendto(bytes([0x30 + i % 10]) * 1000, ("127.0.0.1", local))
+        wait_for(lambda: daemon.port("COM3")["bytes_to_pty"] > before["bytes_to_pty"])
         line.reset_input_buffer()
+        check(wait_for(lambda: daemon.port("COM3")["discarded_bytes"] > before["discarded_bytes"]),
+              "pyserial: the daemon discards what waited when the program flushes its input")
+        terminal.sendto(b"fresh answer", ("127.0.0.1", local))
+        got = line.read(12)
+        check(got == b"fresh answer", "pyserial: after reset_input_buffer() with 1 MB queued, "
+              "only what the terminal sent after the flush: %r" % got[:40])
+        after = daemon.port("COM3")
+        delivered = after["bytes_to_pty"] - before["bytes_to_pty"] - 12  # flushed by the pty
+        discarded = after["discarded_bytes"] - before["discarded_bytes"]
+        dropped = after["dropped_datagrams"] - before["dropped_datagrams"]
+        check(delivered + discarded + 1000 * dropped == 1000 * 1000,
+              "pyserial: every queued byte went into the pty before the flush (%d), was discarded "
+              "(%d) or dropped by the kernel (%d datagrams)" % (delivered, discarded, dropped))
+        line.write(b"x" * 100)
         line.reset_output_buffer()
-        terminal.sendto(b"fresh", ("127.0.0.1", local))
-        check(line.read(5) == b"fresh", "pyserial: reset_input_buffer drops what waited")
+        line.write(b"after flush")
+        got = receive_all(terminal, 111, 2.0)
+        check(got.endswith(b"after flush"), "pyserial: reset_output_buffer, and the line goes on")
 
         line.send_break(0.05)  # a pty has no break: it succeeds, and the line goes on
         line.write(b"after break")
-        check(receive_all(terminal, 11) == b"after break", "pyserial: send_break, and the line "
-              "goes on")
+        check(receive_all(terminal, 11, 2.0).endswith(b"after break"),
+              "pyserial: send_break, and the line goes on")
         refused = []
         for attribute in ("cts", "dsr", "ri", "cd"):
             try:
@@ -221,6 +270,15 @@ def test_pyserial(root):
             except OSError as error:
                 refused.append(error.errno)
         check(refused == [25] * 4, "pyserial: the modem lines fail with ENOTTY (a pty has none)")
+        line.close()
+        wait_for(lambda: not daemon.port("COM3")["held"])
+        line = serial.Serial(daemon.link("COM3"), 4800, parity="O", stopbits=2, xonxoff=True)
+        wait_for(lambda: daemon.port("COM3")["held"])
+        program = daemon.port("COM3")["program"]
+        check(program["speed"] == 4800 and program["parity"] == "odd" and
+              program["stop_bits"] == 2 and program["xon_xoff_output"] and
+              program["xon_xoff_input"],
+              "pyserial: status shows 4800, odd parity, two stop bits and XON/XOFF: %s" % program)
         line.close()
     finally:
         terminal.close()
@@ -334,41 +392,48 @@ def test_nobody_holds_the_port(root):
         check(wait_for(lambda: daemon.port("COM3")["unheld_bytes"] == 200000),
               "closed port: 200000 bytes from the terminal are discarded and counted")
 
-        # A program leaves the port slow, exclusive, stopped, without start/stop characters and
-        # with input it never read.
+        # A program leaves the port slow, exclusive, stopped, canonical, without start/stop
+        # characters and with input it never read.
         first = os.open(daemon.link("COM3"), os.O_RDWR | os.O_NOCTTY | os.O_NONBLOCK)
         wait_for(lambda: daemon.port("COM3")["held"])
-        attributes = termios.tcgetattr(first)
-        attributes[4] = attributes[5] = termios.B1200
-        attributes[6][termios.VSTART] = attributes[6][termios.VSTOP] = b"\0"
-        termios.tcsetattr(first, termios.TCSANOW, attributes)
-        fcntl.ioctl(first, termios.TIOCEXCL)
         before = daemon.port("COM3")["bytes_to_pty"]
         terminal.sendto(b"unread", ("127.0.0.1", local))
         wait_for(lambda: daemon.port("COM3")["bytes_to_pty"] == before + 6)
-        termios.tcflow(first, termios.TCOOFF)
+        leave_state(first)
         os.close(first)
         check(wait_for(lambda: not daemon.port("COM3")["held"]),
               "closed port: the daemon sees the last program go")
-
-        line = serial.Serial()
-        line.port = daemon.link("COM3")
-        line.timeout = 5
-        # pyserial sets its own speed at open; what stays is read before it touches anything.
         second = os.open(daemon.link("COM3"), os.O_RDWR | os.O_NOCTTY | os.O_NONBLOCK)
-        attributes = termios.tcgetattr(second)
-        exclusive = struct.unpack("i", fcntl.ioctl(second, TIOCGEXCL, b"\0" * 4))[0]
-        check(attributes[4] == termios.B1200, "next program: the speed set before is kept")
-        check(attributes[6][termios.VSTART] == b"\x11" and attributes[6][termios.VSTOP] == b"\x13",
-              "next program: start/stop characters are ^Q/^S again")
-        check(exclusive == 0, "next program: the port is not exclusive")
-        os.write(second, b"out")
-        check(receive_all(terminal, 3) == b"out", "next program: output is not stopped")
+        check(stale_state(second) == [], "next program: a fresh port (%s)" % stale_state(second))
         terminal.sendto(b"marker", ("127.0.0.1", local))
         check(e2e.read_pty(second, 6) == b"marker",
               "next program: no stale input, the first bytes are the new ones")
         os.close(second)
         wait_for(lambda: not daemon.port("COM3")["held"])
+
+        # Programs that open, leave their state and close at once, before the daemon can see
+        # them hold the port: one at a time, each followed by the next program (after a status
+        # request, which the daemon answers after what it was told before), and 200 in a row.
+        stale = []
+        for round in range(40):
+            fd = os.open(daemon.link("COM3"), os.O_RDWR | os.O_NOCTTY | os.O_NONBLOCK)
+            leave_state(fd)
+            os.close(fd)
+            if round == 39:
+                for _ in range(200):
+                    fd = os.open(daemon.link("COM3"), os.O_RDWR | os.O_NOCTTY | os.O_NONBLOCK)
+                    leave_state(fd)
+                    os.close(fd)
+            daemon.port("COM3")
+            fd = os.open(daemon.link("COM3"), os.O_RDWR | os.O_NOCTTY | os.O_NONBLOCK)
+            stale += stale_state(fd)
+            os.close(fd)
+        check(stale == [], "tight loop: after 240 short-lived programs the next always finds a "
+              "fresh port (%d stale: %s)" % (len(stale), sorted(set(stale))))
+
+        line = serial.Serial()
+        line.port = daemon.link("COM3")
+        line.timeout = 5
         line.xonxoff = True
         line.open()
         check(termios.tcgetattr(line.fd)[0] & termios.IXON, "next program: pyserial's xonxoff is on")
@@ -376,6 +441,39 @@ def test_nobody_holds_the_port(root):
     finally:
         terminal.close()
         daemon.stop()
+
+
+def leave_state(fd):
+    """Leaves every state a program can leave on a tty: speed, modes, no start/stop
+    characters, exclusive, output stopped."""
+    attributes = termios.tcgetattr(fd)
+    attributes[4] = attributes[5] = termios.B1200
+    attributes[0] |= termios.IXON
+    attributes[3] |= termios.ICANON | termios.ECHO
+    attributes[6][termios.VSTART] = attributes[6][termios.VSTOP] = b"\0"
+    termios.tcsetattr(fd, termios.TCSANOW, attributes)
+    fcntl.ioctl(fd, termios.TIOCEXCL)
+    termios.tcflow(fd, termios.TCOOFF)
+
+
+def stale_state(fd):
+    """What `fd`'s port still has of leave_state, read before anything is changed."""
+    attributes = termios.tcgetattr(fd)
+    stale = []
+    if attributes[4] != termios.B115200:
+        stale.append("speed")
+    if attributes[0] & termios.IXON or attributes[3] & (termios.ICANON | termios.ECHO):
+        stale.append("modes")
+    if attributes[6][termios.VSTART] != b"\x11" or attributes[6][termios.VSTOP] != b"\x13":
+        stale.append("start/stop characters")
+    if struct.unpack("i", fcntl.ioctl(fd, TIOCGEXCL, b"\0" * 4))[0]:
+        stale.append("exclusive")
+    try:
+        if os.write(fd, b"?") != 1:  # a stopped tty takes nothing
+            stale.append("output stopped")
+    except BlockingIOError:
+        stale.append("output stopped")
+    return stale
 
 
 def test_restart(root):
@@ -389,6 +487,9 @@ def test_restart(root):
         program = os.open(daemon.link("COM3"), os.O_RDWR | os.O_NOCTTY | os.O_NONBLOCK)
         wait_for(lambda: daemon.port("COM3")["held"])
         targets = {p: os.readlink(daemon.link(p)) for p in ("COM3", "COM4")}
+        attributes = termios.tcgetattr(program)
+        attributes[4] = attributes[5] = termios.B9600
+        termios.tcsetattr(program, termios.TCSANOW, attributes)
         os.write(program, b"before")
         check(receive_all(terminal, 6) == b"before", "restart: the port relays before")
         manager.pump()
@@ -399,13 +500,19 @@ def test_restart(root):
         check(any("STATUS" in s for s in manager.states), "restart: the daemon sends STATUS=")
 
         check(daemon.stop() == 0, "restart: the first daemon stops on SIGTERM")
+        manager.pump()
+        check(manager.dropped == [], "restart: the service manager dropped no descriptor for a "
+              "hang-up (dropped: %s)" % manager.dropped)
         os.write(program, b"during")  # into the pty that the store keeps
         terminal.sendto(b"while down", ("127.0.0.1", local))  # into the stored socket
 
         daemon = Vspd(root, "COM3,COM4", manager)
         check(wait_for(manager.ready, 20), "restart: the second daemon is ready")
         check({p: os.readlink(daemon.link(p)) for p in targets} == targets,
-              "restart: every link points at the same /dev/pts/N")
+              "restart: every link points at the same /dev/pts/N, held or not")
+        check(termios.tcgetattr(program)[4] == termios.B9600 and
+              daemon.port("COM3")["program"]["speed"] == 9600,
+              "restart: the program's settings stay, and status shows them")
         check(receive_all(terminal, 6) == b"during",
               "restart: what the program wrote while the daemon was down goes out")
         check(e2e.read_pty(program, 10) == b"while down",
