@@ -1,6 +1,6 @@
 // The daemon's ports: made at start from what the descriptor store kept or afresh, watched for
-// programs opening and closing them, kept in the store as they change, and connected at start when their stored
-// settings say enabled.
+// programs opening and closing them, kept in the store as they change, and connected at start when
+// their stored settings say enabled.
 #include <optional>
 #include <system_error>
 
@@ -43,8 +43,7 @@ void Daemon::MakePorts() {
     port->OnPtyReplaced([this, port](VirtualPort& changed) {
       LogInfo(changed.name() + ": left exclusive; now on a new pty " + changed.pty_path());
       try {
-        open_watch_.Add(changed.pty_path(),
-                        [port](bool closed) { port->DeviceTouched(closed); });
+        open_watch_.Add(changed.pty_path(), [port](bool closed) { port->DeviceTouched(closed); });
       } catch (const std::system_error& error) {
         LogWarning(changed.name() + ": opens of the new pty go unseen: " + error.what());
       }

@@ -39,9 +39,10 @@ void DescriptorStore::KeepPty(const std::string& port, int master, bool replaced
   if (replaced) service_.Remove(StoredPtyName(port));
   // Inside a stash (fd_stash.h): stored as it is, the manager would drop the master at its first
   // hang-up, whenever no program holds the port.
-  const runtime::Fd stash = StashDescriptor(master);
-  const int fd = stash.get();
-  if (stash && service_.Store(StoredPtyName(port), std::span(&fd, 1))) return;
+  auto stash = StashDescriptor(master);
+  if (!stash.ok()) LogWarning(port + ": " + stash.status().message());
+  const int fd = stash.ok() ? stash->get() : -1;
+  if (stash.ok() && service_.Store(StoredPtyName(port), std::span(&fd, 1))) return;
   if (replaced) {
     LogWarning(port + ": the service manager did not keep the new pty");
   } else {

@@ -12,11 +12,12 @@
 #define KETRA_DAEMON_FD_STASH_H_
 
 #include "platform/runtime/fd.h"
+#include "platform/runtime/status.h"
 
 namespace ketra::vspd {
 
-// A socket that holds a copy of `fd`; invalid, with errno set, when none can be made.
-runtime::Fd StashDescriptor(int fd);
+// A socket that holds a copy of `fd`, or why none could be made (kIoError).
+runtime::StatusOr<runtime::Fd> StashDescriptor(int fd);
 
 // A copy of the descriptor the stash `stash` holds; the stash keeps its own, so it can be read
 // again after another restart. Invalid when `stash` holds none (a descriptor stored as it is,

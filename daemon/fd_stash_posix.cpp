@@ -1,6 +1,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <cstring>
 
 #include "daemon/fd_stash.h"
@@ -12,9 +13,11 @@ constexpr char kMark[] = "ketra-stash";
 
 }  // namespace
 
-runtime::Fd StashDescriptor(int fd) {
+runtime::StatusOr<runtime::Fd> StashDescriptor(int fd) {
   int pair[2];
-  if (::socketpair(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0, pair) != 0) return runtime::Fd();
+  if (::socketpair(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0, pair) != 0) {
+    return runtime::Status::FromErrno("socketpair for a stash", errno);
+  }
   runtime::Fd sender(pair[0]);
   runtime::Fd stash(pair[1]);
   char control[CMSG_SPACE(sizeof(int))] = {};
@@ -30,7 +33,7 @@ runtime::Fd StashDescriptor(int fd) {
   header->cmsg_len = CMSG_LEN(sizeof(int));
   std::memcpy(CMSG_DATA(header), &fd, sizeof fd);
   if (::sendmsg(sender.get(), &message, MSG_NOSIGNAL) != static_cast<ssize_t>(sizeof kMark)) {
-    return runtime::Fd();
+    return runtime::Status::FromErrno("sendmsg into a stash", errno);
   }
   // With the sender gone the stash can only be read; its own end reports no hang-up for that
   // (a datagram socket keeps no connection state that could).

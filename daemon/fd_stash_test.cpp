@@ -34,8 +34,9 @@ TEST(FdStashTest, KeepsAPtyWithoutReportingItsHangUp) {
   ::close(::open(slave.c_str(), O_RDWR | O_NOCTTY));  // a program came and went
   ASSERT_TRUE(ReportsHangUpOrError(master.get())) << "the kernel changed: a master nobody holds";
 
-  const runtime::Fd stash = StashDescriptor(master.get());
-  ASSERT_TRUE(stash.valid());
+  auto stashed = StashDescriptor(master.get());
+  ASSERT_TRUE(stashed.ok()) << stashed.status().message();
+  const runtime::Fd stash = std::move(stashed).value();
   master.Reset();  // the daemon goes; the stash alone keeps the pty
   EXPECT_FALSE(ReportsHangUpOrError(stash.get()));
   for (int restart = 0; restart < 2; ++restart) {
