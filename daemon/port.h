@@ -21,9 +21,9 @@
 // A line when nobody holds it: the port knows whether a program holds its device (PortIo::Held)
 // and, after the last one closes, discards what the terminal sends and makes the device fresh
 // for the next program (PortIo::Freshen), also after a program that came and went before the
-// port saw it. A device the last program left exclusive cannot be
-// reopened without CAP_SYS_ADMIN; the port then takes a new pty with the same settings and
-// points its link there, so the next program still finds a fresh port.
+// port saw it. A device the last program left exclusive cannot be reopened without
+// CAP_SYS_ADMIN; the port then takes a new pty and points its link there, so the next program
+// still finds a fresh port.
 //
 // Owns the PortIo, the link and its watches in the poller. Single-threaded (the loop's).
 #ifndef KETRA_DAEMON_PORT_H_
