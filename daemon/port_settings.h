@@ -1,22 +1,23 @@
-// What the daemon makes of the 12-byte record of a connect command, and its answer (the Status
-// values are the driver contract's, platform/device/driver_contract.h). The record is read as the
-// driver's side of the contract: remote address at offset 0 (first octet first), remote and local
-// port as 16-bit little-endian values taken unsigned (the panel's -1 is port 65535), flow control 0
-// hardware or 1 software, XOFF, XON. Pure functions; thread-safe.
+// What the daemon makes of a connect command, whether it comes as the 12-byte record of a control
+// call or straight from a port's stored row, and its answer (the Status values are the driver
+// contract's, platform/device/driver_contract.h). The record's fields are read by the port core
+// (config_appl/port/driver_record.h); the ports are taken unsigned (the panel's -1 is port 65535),
+// the address turned to host order (config_appl/port/address.h). Pure functions; thread-safe.
 #ifndef KETRA_DAEMON_PORT_SETTINGS_H_
 #define KETRA_DAEMON_PORT_SETTINGS_H_
 
 #include <array>
 #include <cstdint>
-#include <optional>
-#include <string>
 
+#include "config_appl/port/driver_record.h"
 #include "platform/device/driver_contract.h"
 #include "platform/net/udp_socket.h"
+#include "platform/runtime/status.h"
 
 namespace ketra::vspd {
 
 using device::Record;
+using ketra::VspCommand;
 
 struct PortSettings {
   net::Endpoint remote;
@@ -28,10 +29,11 @@ struct PortSettings {
   friend bool operator==(const PortSettings&, const PortSettings&) = default;
 };
 
-// nullopt, with *problem saying why, for settings no relay can run on: remote address 0.0.0.0 or
+// InvalidArgument, saying why, for settings no relay can run on: remote address 0.0.0.0 or
 // 255.255.255.255 (the panel's unreadable address), a port 0, a flow control other than 0 or 1,
 // software flow with XON equal to XOFF.
-std::optional<PortSettings> SettingsFromRecord(const Record& record, std::string* problem);
+runtime::StatusOr<PortSettings> SettingsFromCommand(const VspCommand& command);
+runtime::StatusOr<PortSettings> SettingsFromRecord(const Record& record);
 
 // The record with `status` in its last byte, the answer to a command.
 Record Answer(const Record& input, std::uint8_t status);

@@ -20,9 +20,8 @@ TEST(PortSettingsTest, RecordsTheDaemonAccepts) {
        {{0x7F000002u, 65535}, 1, false, 'A', 'A'}},
   };
   for (const auto& c : cases) {
-    std::string problem;
-    const auto settings = SettingsFromRecord(c.record, &problem);
-    ASSERT_TRUE(settings.has_value()) << problem;
+    const auto settings = SettingsFromRecord(c.record);
+    ASSERT_TRUE(settings.ok()) << settings.status().message();
     EXPECT_EQ(*settings, c.expected);
   }
 }
@@ -38,9 +37,9 @@ TEST(PortSettingsTest, RecordsNoRelayCanRunOn) {
       {},                                                              // twelve zero bytes
   };
   for (const auto& record : records) {
-    std::string problem;
-    EXPECT_FALSE(SettingsFromRecord(record, &problem).has_value());
-    EXPECT_FALSE(problem.empty());
+    const auto settings = SettingsFromRecord(record);
+    EXPECT_TRUE(settings.status().IsInvalidArgument());
+    EXPECT_FALSE(settings.status().message().empty());
   }
 }
 
