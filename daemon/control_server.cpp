@@ -21,20 +21,21 @@ wire::Reply Refuse(std::uint32_t error, std::string reason, bool* close) {
 
 }  // namespace
 
-wire::Record ExecuteControl(VirtualPort& port, std::uint32_t code, const wire::Record& input,
-                            std::string* problem) {
+ControlOutcome ConnectPort(VirtualPort& port, const runtime::StatusOr<PortSettings>& settings) {
+  if (port.connected()) return {device::kStatusAlreadyConnected, {}};
+  if (!settings.ok()) return {device::kStatusBadParameters, settings.status()};
+  const std::uint8_t status = port.Connect(*settings);
+  if (status == device::kStatusConnected) return {status, {}};
+  return {status, runtime::Status::IoError(port.last_problem())};
+}
+
+ControlOutcome ExecuteControl(VirtualPort& port, std::uint32_t code, const wire::Record& input) {
   if (code == device::kIoctlVspDisconnect) {
     const std::uint8_t status = port.Disconnect();
-    if (status == device::kStatusReleaseFailed) *problem = port.last_problem();
-    return Answer(input, status);
+    if (status != device::kStatusReleaseFailed) return {status, {}};
+    return {status, runtime::Status::IoError(port.last_problem())};
   }
-  // Connect. A port that is connected says so whatever the record holds.
-  if (port.connected()) return Answer(input, device::kStatusAlreadyConnected);
-  const auto settings = SettingsFromRecord(input, problem);
-  if (!settings) return Answer(input, device::kStatusBadParameters);
-  const std::uint8_t status = port.Connect(*settings);
-  if (status != device::kStatusConnected) *problem = port.last_problem();
-  return Answer(input, status);
+  return ConnectPort(port, SettingsFromRecord(input));
 }
 
 void ControlServer::OnEvents(std::uint64_t id, std::uint32_t events) {
@@ -121,13 +122,13 @@ wire::Reply ControlServer::Handle(Connection& connection, const wire::Request& r
     }
     VirtualPort* port = ports_.FindPort(connection.device->port);
     if (port == nullptr) return wire::IoctlReply{wire::kErrorFileNotFound, {}};
-    std::string problem;
-    const wire::Record output = ExecuteControl(*port, ioctl->code, ioctl->input, &problem);
+    const ControlOutcome outcome = ExecuteControl(*port, ioctl->code, ioctl->input);
+    const wire::Record output = Answer(ioctl->input, outcome.status);
     const bool connect = ioctl->code == device::kIoctlVspConnect;
     std::string line = port->name() + (connect ? " connect " : " disconnect ") +
                        runtime::HexUpper(ioctl->input) + " from " + connection.peer + ": Status " +
                        std::to_string(device::StatusOf(output));
-    if (!problem.empty()) line += " (" + problem + ")";
+    if (!outcome.why.message().empty()) line += " (" + outcome.why.message() + ")";
     LogInfo(line);
     return wire::IoctlReply{wire::kErrorSuccess, output};
   }

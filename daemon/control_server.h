@@ -30,6 +30,7 @@
 #include "daemon/port.h"
 #include "platform/device/vspd_protocol.h"
 #include "platform/runtime/fd.h"
+#include "platform/runtime/status.h"
 
 namespace ketra::vspd {
 
@@ -43,10 +44,18 @@ class PortDirectory {
   virtual std::string StatusJson() = 0;
 };
 
-// Answers one control call on `port`: the record that goes back, Status in its last byte.
-// `problem` receives what the log should say about a refusal or failure.
-wire::Record ExecuteControl(VirtualPort& port, std::uint32_t code, const wire::Record& input,
-                            std::string* problem);
+// What a control call on a port did: the driver's Status for the answer and, for a refusal or a
+// failure, why, for the log (ok otherwise).
+struct ControlOutcome {
+  std::uint8_t status = 0;
+  runtime::Status why;
+};
+
+// Connects `port` to `settings` as a connect call does: a connected port says so whatever they
+// hold, settings no relay can run on are refused with Status 87.
+ControlOutcome ConnectPort(VirtualPort& port, const runtime::StatusOr<PortSettings>& settings);
+// Answers one control call on `port` with the record `input` (connect or disconnect).
+ControlOutcome ExecuteControl(VirtualPort& port, std::uint32_t code, const wire::Record& input);
 
 class ControlServer {
  public:
@@ -66,7 +75,6 @@ class ControlServer {
   // std::runtime_error.
   void Publish();
   void DropIdle(std::chrono::steady_clock::time_point now);
-  std::size_t connection_count() const { return connections_.size(); }
   const std::string& socket_path() const { return socket_path_; }
 
  private:

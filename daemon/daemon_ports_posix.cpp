@@ -65,11 +65,10 @@ void Daemon::ConnectEnabledPorts() {
     }
     if (row->Enabled != -1) continue;
     try {
-      const device::Record record = EncodeVspCommand(CommandFromRow(*row));
-      std::string problem;
-      const wire::Record output = ExecuteControl(*port, device::kIoctlVspConnect, record, &problem);
-      LogInfo(port->name() + ": connect at start: Status " + std::to_string(output[11]) +
-              (problem.empty() ? "" : " (" + problem + ")"));
+      const ControlOutcome outcome = ConnectPort(*port, SettingsFromCommand(CommandFromRow(*row)));
+      const std::string& why = outcome.why.message();
+      LogInfo(port->name() + ": connect at start: Status " + std::to_string(outcome.status) +
+              (why.empty() ? "" : " (" + why + ")"));
     } catch (const runtime::ConversionError& error) {
       LogWarning(port->name() + ": stored settings do not fit the command record: " + error.what());
     }
