@@ -7,6 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "config_appl/port/address.h"
 #include "platform/device/vspd_protocol.h"
 #include "platform/device/vspd_socket_path.h"
 #include "platform/net/inet.h"
@@ -33,14 +34,12 @@ void Validate(DaemonConfig& config, const std::string& bind_text) {
       throw CLI::ValidationError("--ports", "port " + name + " named twice");
     }
   }
-  const std::uint32_t address = net::InetAddr(bind_text);
+  const std::uint32_t address = StoredFromText(bind_text);
   if ((address == net::kInaddrNone && bind_text != "255.255.255.255") ||
       std::count(bind_text.begin(), bind_text.end(), '.') != 3) {
     throw CLI::ValidationError("--bind-address", "not a dotted address: " + bind_text);
   }
-  // InetAddr keeps the first octet in the lowest byte; the daemon works in host order.
-  config.bind_address =
-      (address & 0xFF) << 24 | (address & 0xFF00) << 8 | (address >> 8 & 0xFF00) | address >> 24;
+  config.bind_address = HostFromStored(address);  // the daemon works in host order
 }
 
 bool ParseBool(const std::string& text, bool* value) {
