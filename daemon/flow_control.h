@@ -26,7 +26,6 @@ class FlowControl {
   bool paused() const { return paused_; }
   std::uint8_t xon() const { return xon_; }
   std::uint8_t xoff() const { return xoff_; }
-  void Resume() { paused_ = false; }
 
  private:
   FlowControl(bool software, std::uint8_t xon, std::uint8_t xoff)
