@@ -47,8 +47,9 @@ struct Invocation {
 std::optional<Invocation> ParseCommandLine(int argc, const char* const* argv, std::string* output,
                                            int* exit_code);
 
-// A private directory of the user: $XDG_RUNTIME_DIR/ketra-vspd, else /tmp/ketra-vspd-<uid>.
-// The service names its own (/run/ketra/ports) in its configuration file.
+// A private directory of the user: $XDG_RUNTIME_DIR/ketra-vspd, else
+// ~/.local/state/ketra/run/ketra-vspd (platform/runtime/user_places.h). The service names its own
+// (/run/ketra/ports) in its configuration file.
 std::string DefaultLinkDirectory();
 
 }  // namespace ketra::vspd

@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
-#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -15,7 +14,6 @@
 #include <gtest/gtest.h>
 
 #include "platform/device/vspd_protocol.h"
-#include "platform/device/vspd_socket_path.h"
 #include "platform/runtime/fd.h"
 
 namespace ketra::device {
@@ -146,32 +144,6 @@ TEST(VspdDeviceTest, NoDaemonNoHandle) {
   std::uint8_t out[12] = {};
   EXPECT_FALSE(device->DeviceIoControl(7, kIoctlVspConnect, kInput, 12, out, 12, nullptr));
   EXPECT_FALSE(QueryVspdStatus(::testing::TempDir() + "no-such-daemon.sock", 200ms).has_value());
-}
-
-TEST(VspdSocketPathTest, VariableThenOwnDaemonThenSystemDaemon) {
-  struct Case {
-    SocketSearch search;
-    std::set<std::string> existing;
-    const char* expected;
-  };
-  const Case cases[] = {
-      {{"/x/y.sock", "/run/user/5", 5, "/run/ketra/vspd.sock"}, {}, "/x/y.sock"},
-      {{"", "/run/user/5", 5, ""}, {}, "/run/user/5/ketra-vspd.sock"},
-      {{"", "", 5, ""}, {}, "/tmp/ketra-vspd-5/ketra-vspd.sock"},
-      // The system's daemon serves a user without one of their own.
-      {{"", "/run/user/5", 5, "/run/ketra/vspd.sock"}, {}, "/run/ketra/vspd.sock"},
-      {{"", "/run/user/5", 5, "/run/ketra/vspd.sock"},
-       {"/run/user/5/ketra-vspd.sock"},
-       "/run/user/5/ketra-vspd.sock"},
-      {{"", "", 5, "/run/ketra/vspd.sock"},
-       {"/tmp/ketra-vspd-5/ketra-vspd.sock"},
-       "/tmp/ketra-vspd-5/ketra-vspd.sock"},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(ChooseVspdSocketPath(
-                  c.search, [&](const std::string& path) { return c.existing.count(path) > 0; }),
-              c.expected);
-  }
 }
 
 }  // namespace

@@ -1,23 +1,22 @@
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include "platform/device/vspd_socket_path.h"
 #include "platform/runtime/site_config.h"
+#include "platform/runtime/user_places.h"
 
 namespace ketra::device {
 
 std::string DefaultVspdSocketPath() {
-  SocketSearch search;
-  search.ketra_vspd_socket = runtime::EnvironmentValue("KETRA_VSPD_SOCKET");
-  search.xdg_runtime_dir = runtime::EnvironmentValue("XDG_RUNTIME_DIR");
-  search.uid = ::getuid();
-  if (search.ketra_vspd_socket.empty()) {
-    search.site_socket = runtime::SiteConfigValue(runtime::SiteConfigPath(), "socket");
+  runtime::PlaceSearch search;
+  search.variable = runtime::EnvironmentValue("KETRA_VSPD_SOCKET");
+  search.own =
+      runtime::UserRuntimeDirectory(runtime::CurrentUserEnvironment()) + "/ketra-vspd.sock";
+  if (search.variable.empty()) {
+    search.site = runtime::SiteConfigValue(runtime::SiteConfigPath(), "socket");
   }
-  return ChooseVspdSocketPath(search, [](const std::string& path) {
-    struct stat info {};
-    return ::lstat(path.c_str(), &info) == 0;
-  });
+  return runtime::ChoosePlace(search, runtime::PlaceExists);
+}
+
+std::string OwnLinkDirectory() {
+  return runtime::UserRuntimeDirectory(runtime::CurrentUserEnvironment()) + "/ketra-vspd";
 }
 
 }  // namespace ketra::device

@@ -1,22 +1,17 @@
-#include <sys/stat.h>
-
 #include "platform/registry/hive_location.h"
 #include "platform/runtime/site_config.h"
+#include "platform/runtime/user_places.h"
 
 namespace ketra::registry {
 
 std::string DefaultHivePath() {
-  HiveSearch search;
-  search.ketra_hive = runtime::EnvironmentValue("KETRA_HIVE");
-  search.xdg_state_home = runtime::EnvironmentValue("XDG_STATE_HOME");
-  search.home = runtime::EnvironmentValue("HOME");
-  if (search.ketra_hive.empty()) {
-    search.site_hive = runtime::SiteConfigValue(runtime::SiteConfigPath(), "hive");
+  runtime::PlaceSearch search;
+  search.variable = runtime::EnvironmentValue("KETRA_HIVE");
+  search.own = runtime::UserStateDirectory(runtime::CurrentUserEnvironment()) + "/hive.db";
+  if (search.variable.empty()) {
+    search.site = runtime::SiteConfigValue(runtime::SiteConfigPath(), "hive");
   }
-  return ChooseHivePath(search, [](const std::string& path) {
-    struct stat info {};
-    return ::stat(path.c_str(), &info) == 0;
-  });
+  return runtime::ChoosePlace(search, runtime::PlaceExists);
 }
 
 }  // namespace ketra::registry
