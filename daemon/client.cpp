@@ -7,6 +7,7 @@
 #include "config_appl/port/driver_call.h"
 #include "config_appl/port/driver_record.h"
 #include "config_appl/port/stored_port.h"
+#include "daemon/metrics_text.h"
 #include "daemon/port_settings.h"
 #include "daemon/status_report.h"
 #include "platform/device/vspd_device.h"
@@ -14,20 +15,22 @@
 #include "platform/runtime/strings.h"
 
 namespace ketra::vspd {
-int RunStatus(const std::string& socket_path, bool json, std::ostream& out, std::ostream& err) {
+int RunStatus(const std::string& socket_path, StatusFormat format, std::ostream& out,
+              std::ostream& err) {
   const auto document = device::QueryVspdStatus(socket_path, std::chrono::seconds(5));
   if (!document) {
     err << "no daemon answers at " << socket_path << "\n";
     return 1;
   }
-  if (json) {
+  if (format == StatusFormat::kJson) {
     out << *document << "\n";
     return 0;
   }
   const auto parsed = nlohmann::json::parse(*document, nullptr, false);
   try {
     if (parsed.is_discarded()) throw std::runtime_error("not JSON");
-    out << FormatStatusTable(parsed);
+    out << (format == StatusFormat::kPrometheus ? FormatPrometheus(parsed)
+                                                : FormatStatusTable(parsed));
   } catch (const std::exception& error) {
     err << "the daemon's status document cannot be read: " << error.what() << "\n";
     return 1;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <map>
 #include <set>
 #include <sstream>
 
@@ -147,7 +148,16 @@ std::optional<Invocation> ParseCommandLine(int argc, const char* const* argv, st
 
   auto* run = app.add_subcommand("run", "run the daemon in the foreground (the default)");
   auto* status = app.add_subcommand("status", "show every port of the running daemon");
-  status->add_flag("--json", invocation.json, "print the daemon's status document as it is");
+  bool json = false;
+  auto* json_flag = status->add_flag("--json", json, "print the daemon's status document as it is");
+  status
+      ->add_option("--format", invocation.format,
+                   "table, json (the document as it is) or prometheus (text exposition format)")
+      ->transform(CLI::CheckedTransformer(
+          std::map<std::string, StatusFormat>{{"table", StatusFormat::kTable},
+                                              {"json", StatusFormat::kJson},
+                                              {"prometheus", StatusFormat::kPrometheus}}))
+      ->excludes(json_flag);
   auto* connect = app.add_subcommand("connect", "connect PORT with its stored settings");
   connect->add_option("PORT", invocation.port, "port name")->required();
   auto* disconnect = app.add_subcommand("disconnect", "disconnect PORT");
@@ -158,6 +168,7 @@ std::optional<Invocation> ParseCommandLine(int argc, const char* const* argv, st
   try {
     app.parse(argc, argv);
     if (*status) invocation.action = Action::kStatus;
+    if (json) invocation.format = StatusFormat::kJson;
     if (*connect) invocation.action = Action::kConnect;
     if (*disconnect) invocation.action = Action::kDisconnect;
     if (!config_file.empty()) ApplyConfigFile(config_file, app, config, ports, bind_text);

@@ -2,8 +2,8 @@
 //   ketra-vspd [run] [--hive PATH] [--socket PATH] [--link-dir DIR] [--ports COM3,COM4,...
 //              | --count N --first 3] [--config FILE] [--connect-enabled] [--group NAME]
 //              [--bind-address A.B.C.D] [--max-datagram BYTES]
-//   ketra-vspd status [--json] | connect PORT | disconnect PORT   (with --hive, --socket)
-//   ketra-vspd --version | --help
+//   ketra-vspd status [--json | --format table|json|prometheus] | connect PORT | disconnect PORT
+//   (with --hive, --socket) ketra-vspd --version | --help
 // The configuration file (see platform/runtime/site_config.h) gives `hive` and `socket` before
 // any section and the other options in [daemon], as `name = value` lines (e.g.
 // `ports = "COM3,COM4"`, `connect-enabled = true`); the command line wins over it. An unknown
@@ -35,11 +35,13 @@ struct DaemonConfig {
 
 enum class Action { kRun, kStatus, kConnect, kDisconnect };
 
+enum class StatusFormat { kTable, kJson, kPrometheus };
+
 struct Invocation {
   Action action = Action::kRun;
   DaemonConfig config;
-  std::string port;   // connect, disconnect
-  bool json = false;  // status
+  std::string port;                            // connect, disconnect
+  StatusFormat format = StatusFormat::kTable;  // status
 };
 
 // nullopt when the program should stop at once: *exit_code and *output (help text or the

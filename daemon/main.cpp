@@ -32,7 +32,7 @@ int main(int argc, char** argv) {
   }
   switch (invocation->action) {
     case vspd::Action::kStatus:
-      return vspd::RunStatus(config.socket, invocation->json, std::cout, std::cerr);
+      return vspd::RunStatus(config.socket, invocation->format, std::cout, std::cerr);
     case vspd::Action::kConnect:
     case vspd::Action::kDisconnect: {
       auto registry = registry::OpenSqliteHive(config.hive);

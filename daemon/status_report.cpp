@@ -61,34 +61,80 @@ std::string ProgramLineText(const nlohmann::json& line) {
 
 }  // namespace
 
+template <std::uint64_t PortCounters::*member>
+std::uint64_t Count(const VirtualPort& port) {
+  return port.counters().*member;
+}
+
+constexpr auto kCounter = StatusField::Kind::kCounter;
+constexpr auto kState = StatusField::Kind::kState;
+
+const std::vector<StatusField> kStatusFields = {
+    {"connected", kState, "Whether the port is connected: its UDP socket is bound and relays.",
+     [](const VirtualPort& port) -> std::uint64_t { return port.connected(); }},
+    {"held", kState, "Whether a program holds the port's device open.",
+     [](const VirtualPort& port) -> std::uint64_t { return port.held(); }},
+    {"paused", kState, "Whether the terminal sent XOFF: nothing goes toward it until its XON.",
+     [](const VirtualPort& port) -> std::uint64_t { return port.connected() && port.paused(); }},
+    {"stopped_terminal", kState, "Whether the port sent the terminal XOFF and owes it an XON.",
+     [](const VirtualPort& port) -> std::uint64_t { return port.stopped_terminal(); }},
+    {"bytes_to_udp", kCounter, "Bytes the program wrote that went to the terminal.",
+     &Count<&PortCounters::bytes_to_udp>},
+    {"datagrams_to_udp", kCounter, "Datagrams sent to the terminal with the program's bytes.",
+     &Count<&PortCounters::datagrams_to_udp>},
+    {"bytes_to_pty", kCounter, "Bytes from the terminal that went into the pty.",
+     &Count<&PortCounters::bytes_to_pty>},
+    {"datagrams_from_udp", kCounter, "Datagrams received from the terminal.",
+     &Count<&PortCounters::datagrams_from_udp>},
+    {"stranger_datagrams", kCounter,
+     "Datagrams from senders other than the terminal, dropped (a loss).",
+     &Count<&PortCounters::stranger_datagrams>},
+    {"stranger_bytes", kCounter, "Bytes in datagrams from senders other than the terminal.",
+     &Count<&PortCounters::stranger_bytes>},
+    {"dropped_datagrams", kCounter,
+     "Datagrams the kernel dropped for a full receive buffer (a loss).",
+     &Count<&PortCounters::dropped_datagrams>},
+    {"unheld_bytes", kCounter,
+     "Bytes from the terminal while no program held the port, discarded (a loss).",
+     &Count<&PortCounters::unheld_bytes>},
+    {"discarded_bytes", kCounter,
+     "Bytes discarded toward the terminal: written while not connected, or "
+     "waiting at a disconnect (a loss).",
+     &Count<&PortCounters::discarded_bytes>},
+    {"send_errors", kCounter,
+     "Datagrams the kernel refused to send, not for a full buffer "
+     "(a loss).",
+     &Count<&PortCounters::send_errors>},
+    {"send_error_bytes", kCounter, "Bytes in datagrams the kernel refused to send.",
+     &Count<&PortCounters::send_error_bytes>},
+    {"pty_error_bytes", kCounter, "Bytes the pty refused for good (a loss).",
+     &Count<&PortCounters::pty_error_bytes>},
+    {"xoff_sent", kCounter, "XOFF characters sent to the terminal (software flow).",
+     &Count<&PortCounters::xoff_sent>},
+    {"xon_sent", kCounter, "XON characters sent to the terminal (software flow).",
+     &Count<&PortCounters::xon_sent>},
+};
+
+const StatusField* FindStatusField(std::string_view name) {
+  for (const StatusField& field : kStatusFields) {
+    if (name == field.name) return &field;
+  }
+  return nullptr;
+}
+
 nlohmann::json PortStatus(const VirtualPort& port) {
-  const PortCounters& c = port.counters();
   nlohmann::json status = {
-      {"name", port.name()},
-      {"link", port.link_path()},
-      {"pty", port.pty_path()},
-      {"connected", port.connected()},
-      {"held", port.held()},
-      {"local", nullptr},
-      {"remote", nullptr},
-      {"flow", nullptr},
-      {"paused", port.connected() && port.paused()},
-      {"stopped_terminal", port.stopped_terminal()},
-      {"bytes_to_udp", c.bytes_to_udp},
-      {"datagrams_to_udp", c.datagrams_to_udp},
-      {"bytes_to_pty", c.bytes_to_pty},
-      {"datagrams_from_udp", c.datagrams_from_udp},
-      {"stranger_datagrams", c.stranger_datagrams},
-      {"stranger_bytes", c.stranger_bytes},
-      {"dropped_datagrams", c.dropped_datagrams},
-      {"unheld_bytes", c.unheld_bytes},
-      {"discarded_bytes", c.discarded_bytes},
-      {"send_errors", c.send_errors},
-      {"send_error_bytes", c.send_error_bytes},
-      {"pty_error_bytes", c.pty_error_bytes},
-      {"xoff_sent", c.xoff_sent},
-      {"xon_sent", c.xon_sent},
+      {"name", port.name()}, {"link", port.link_path()}, {"pty", port.pty_path()},
+      {"local", nullptr},    {"remote", nullptr},        {"flow", nullptr},
   };
+  for (const StatusField& field : kStatusFields) {
+    const std::uint64_t value = field.value(port);
+    if (field.kind == StatusField::Kind::kState) {
+      status[field.name] = value != 0;
+    } else {
+      status[field.name] = value;
+    }
+  }
   // What the program set, while one holds the port.
   const auto line = port.program_line();
   status["program"] = line ? ProgramLineStatus(*line, port.program_stopped()) : nullptr;
