@@ -65,6 +65,10 @@ void ControlServer::AnswerMessage(std::uint64_t id, std::size_t message_size) {
                                                 : std::string(wire::ParseErrorText(error));
     LogWarning("control: refused a malformed message from " + connection.peer + ": " + why);
     reply = Refuse(wire::kErrorInvalidParameter, why, &close);
+  } else if (const auto* trace = std::get_if<wire::TraceRequest>(&*request);
+             trace != nullptr && !connection.device) {
+    StartTrace(id, *trace);
+    return;
   } else {
     reply = Handle(connection, *request, &close);
   }
@@ -132,11 +136,31 @@ wire::Reply ControlServer::Handle(Connection& connection, const wire::Request& r
     LogInfo(line);
     return wire::IoctlReply{wire::kErrorSuccess, output};
   }
+  if (std::holds_alternative<wire::TraceRequest>(request)) {
+    LogWarning("control: " + connection.peer + " asked for a trace on a connection with a device");
+    return Refuse(wire::kErrorInvalidHandle, "a device is open on this connection", close);
+  }
   if (std::holds_alternative<wire::CloseRequest>(request)) {
     *close = true;
     return wire::CloseReply{wire::kErrorSuccess};
   }
   return wire::StatusReply{ports_.StatusJson()};
+}
+
+void ControlServer::StartTrace(std::uint64_t id, const wire::TraceRequest& request) {
+  VirtualPort* port = ports_.FindPort(request.port);
+  if (port == nullptr) {
+    LogInfo("control: " + connections_.at(id).peer + " asked for the trace of " + request.port +
+            ": no such port");
+    Reply(id, wire::TraceReply{wire::kErrorFileNotFound}, true);
+    return;
+  }
+  Connection& connection = connections_.at(id);
+  runtime::Fd fd = std::move(connection.fd);
+  const std::string peer = connection.peer;
+  loop_.Remove(connection.watch);
+  connections_.erase(id);
+  ports_.StartTrace(*port, std::move(fd), peer);
 }
 
 void ControlServer::Close(std::uint64_t id) {

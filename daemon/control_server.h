@@ -11,6 +11,8 @@
 // connection's queue until the client reads. At kMaxConnections a new connection takes the place
 // of the one idle the longest, so that connections held open, however many, cannot blind
 // `ketra-vspd status` or the panel's commands.
+// A connection that asks for a port's trace leaves the server for the PortDirectory's trace
+// readers (trace_server.h), with no idle limit.
 //
 // Owns the listening socket (and its file) and the connections; acts on the ports through a
 // PortDirectory that outlives it. Single-threaded (the loop's).
@@ -42,6 +44,10 @@ class PortDirectory {
   // The port of that name (ASCII letters without regard to case), or null.
   virtual VirtualPort* FindPort(std::string_view name) = 0;
   virtual std::string StatusJson() = 0;
+  // Takes a connection that asked for `port`'s trace (the reply is the taker's to send). One
+  // that serves no traces lets it go, which the client sees as the end.
+  virtual void StartTrace(VirtualPort& /*port*/, runtime::Fd /*connection*/,
+                          const std::string& /*peer*/) {}
 };
 
 // What a control call on a port did: the driver's Status for the answer and, for a refusal or a
@@ -97,6 +103,8 @@ class ControlServer {
   // Answers the message of `message_size` bytes that OnMessage read into buffer_.
   void AnswerMessage(std::uint64_t id, std::size_t message_size);
   void Reply(std::uint64_t id, const wire::Reply& reply, bool close);
+  // Hands the connection over to the port's trace, or answers that there is no such port.
+  void StartTrace(std::uint64_t id, const wire::TraceRequest& request);
   // Sends what waits; false when the connection ended.
   bool Flush(std::uint64_t id);
   // The reply to one parsed request; *close set when the connection must end after it.

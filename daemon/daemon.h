@@ -38,6 +38,7 @@
 #include "daemon/port.h"
 #include "daemon/service_manager.h"
 #include "daemon/tick.h"
+#include "daemon/trace_server.h"
 #include "platform/registry/registry.h"
 #include "platform/runtime/fd.h"
 
@@ -60,6 +61,7 @@ class Daemon final : public PortDirectory {
 
   VirtualPort* FindPort(std::string_view name) override;
   std::string StatusJson() override;
+  void StartTrace(VirtualPort& port, runtime::Fd connection, const std::string& peer) override;
 
  private:
   void OnSignal();
@@ -80,6 +82,7 @@ class Daemon final : public PortDirectory {
   std::unique_ptr<Tick> tick_;
   OpenWatch open_watch_{loop_};
   std::vector<std::unique_ptr<VirtualPort>> ports_;
+  std::unique_ptr<TraceServer> traces_;  // goes before the ports it traces
   std::unique_ptr<ControlServer> control_;
   std::unique_ptr<DeviceMap> device_map_;
   std::vector<LossLog> loss_logs_;  // one per port

@@ -162,7 +162,10 @@ std::optional<Invocation> ParseCommandLine(int argc, const char* const* argv, st
   connect->add_option("PORT", invocation.port, "port name")->required();
   auto* disconnect = app.add_subcommand("disconnect", "disconnect PORT");
   disconnect->add_option("PORT", invocation.port, "port name")->required();
-  for (auto* sub : {run, status, connect, disconnect}) sub->fallthrough();
+  auto* trace = app.add_subcommand("trace", "show what goes through PORT, live, until Ctrl-C");
+  trace->add_option("PORT", invocation.port, "port name")->required();
+  trace->add_option("--pcap", invocation.pcap_path, "also write the trace to this pcapng file");
+  for (auto* sub : {run, status, connect, disconnect, trace}) sub->fallthrough();
   app.require_subcommand(0, 1);
 
   try {
@@ -171,6 +174,7 @@ std::optional<Invocation> ParseCommandLine(int argc, const char* const* argv, st
     if (json) invocation.format = StatusFormat::kJson;
     if (*connect) invocation.action = Action::kConnect;
     if (*disconnect) invocation.action = Action::kDisconnect;
+    if (*trace) invocation.action = Action::kTrace;
     if (!config_file.empty()) ApplyConfigFile(config_file, app, config, ports, bind_text);
     if (!ports.empty()) {
       config.ports = ports;

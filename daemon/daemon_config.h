@@ -3,7 +3,8 @@
 //              | --count N --first 3] [--config FILE] [--connect-enabled] [--group NAME]
 //              [--bind-address A.B.C.D] [--max-datagram BYTES]
 //   ketra-vspd status [--json | --format table|json|prometheus] | connect PORT | disconnect PORT
-//   (with --hive, --socket) ketra-vspd --version | --help
+//              | trace PORT [--pcap FILE]   (with --hive, --socket)
+//   ketra-vspd --version | --help
 // The configuration file (see platform/runtime/site_config.h) gives `hive` and `socket` before
 // any section and the other options in [daemon], as `name = value` lines (e.g.
 // `ports = "COM3,COM4"`, `connect-enabled = true`); the command line wins over it. An unknown
@@ -33,14 +34,15 @@ struct DaemonConfig {
   std::size_t max_datagram = 8192;
 };
 
-enum class Action { kRun, kStatus, kConnect, kDisconnect };
+enum class Action { kRun, kStatus, kConnect, kDisconnect, kTrace };
 
 enum class StatusFormat { kTable, kJson, kPrometheus };
 
 struct Invocation {
   Action action = Action::kRun;
   DaemonConfig config;
-  std::string port;                            // connect, disconnect
+  std::string port;                            // connect, disconnect, trace
+  std::string pcap_path;                       // trace
   StatusFormat format = StatusFormat::kTable;  // status
 };
 

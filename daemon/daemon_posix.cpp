@@ -31,6 +31,7 @@ Daemon::Daemon(const DaemonConfig& config, registry::Registry& registry, Service
   // The socket listens under a temporary name until the map is written: clients take the
   // control socket's appearance as the sign that the daemon is ready, and a panel started then
   // must find the ports.
+  traces_ = std::make_unique<TraceServer>(loop_);
   control_ = std::make_unique<ControlServer>(loop_, config_.socket, config_.group, *this);
   device_map_ = std::make_unique<DeviceMap>(registry_);
   if (!PublishDeviceMap()) {
@@ -93,6 +94,7 @@ Daemon::~Daemon() {
     LogError("could not remove every device map entry from " + config_.hive);
   }
   control_.reset();
+  traces_.reset();
   ports_.clear();
   LogInfo("stopped; device map entries, links and socket removed");
 }
@@ -108,6 +110,10 @@ std::string Daemon::StatusJson() {
     ports.push_back(port.get());
   }
   return BuildStatusJson({static_cast<long>(::getpid()), config_.socket, config_.hive}, ports);
+}
+
+void Daemon::StartTrace(VirtualPort& port, runtime::Fd connection, const std::string& peer) {
+  traces_->Attach(port, std::move(connection), peer);
 }
 
 void Daemon::OnSignal() {

@@ -9,6 +9,7 @@
 #include "daemon/log.h"
 #include "daemon/port_link.h"
 #include "daemon/service_manager.h"
+#include "daemon/trace_client.h"
 #include "platform/device/vspd_device.h"
 #include "platform/registry/sqlite_hive.h"
 
@@ -40,6 +41,9 @@ int main(int argc, char** argv) {
       return vspd::RunPortCommand(*registry, *device, invocation->action == vspd::Action::kConnect,
                                   invocation->port, std::cout, std::cerr);
     }
+    case vspd::Action::kTrace:
+      return vspd::RunTrace(config.socket, invocation->port, invocation->pcap_path, std::cout,
+                            std::cerr);
     case vspd::Action::kRun:
       break;
   }

@@ -32,6 +32,7 @@ VirtualPort::VirtualPort(Poller& poller, std::string name, std::unique_ptr<PortI
   }
   if (resumed && io_->socket_open()) {
     settings_ = resumed;
+    local_ = io_->LocalEndpoint();
     flow_ = resumed->software_flow ? FlowControl::Software(resumed->xon, resumed->xoff)
                                    : FlowControl::Hardware();
     socket_watch_ =
@@ -75,8 +76,10 @@ std::uint8_t VirtualPort::Connect(const PortSettings& settings) {
     return device::kStatusConnectionFailed;
   }
   settings_ = settings;
+  local_ = io_->LocalEndpoint();
   flow_ = settings.software_flow ? FlowControl::Software(settings.xon, settings.xoff)
                                  : FlowControl::Hardware();
+  if (trace_ != nullptr) Emit(TraceKind::kConnect);
   UpdateInterest();
   if (on_change_) on_change_(*this);
   return device::kStatusConnected;
@@ -90,6 +93,10 @@ void VirtualPort::CountKernelDrops() {
 
 std::uint8_t VirtualPort::Disconnect() {
   if (!connected()) return device::kStatusAlreadyInState;
+  if (trace_ != nullptr) {
+    if (!to_socket_.empty()) Emit(TraceKind::kLostDiscarded, to_socket_, to_socket_.size());
+    Emit(TraceKind::kDisconnect);
+  }
   poller_.Remove(socket_watch_);
   socket_watch_ = 0;
   CountKernelDrops();  // the socket's last word on its losses
@@ -158,6 +165,7 @@ void VirtualPort::DeviceTouched(bool closed_after_writing) {
 
 void VirtualPort::ProgramCame() {
   held_ = true;
+  if (trace_ != nullptr) Emit(TraceKind::kOpen);
   Watch();
 }
 
@@ -165,6 +173,12 @@ void VirtualPort::ProgramGone() {
   if (pty_watch_ != 0) poller_.Remove(pty_watch_);
   pty_watch_ = 0;
   held_ = false;
+  if (trace_ != nullptr) {
+    Emit(TraceKind::kClose);
+    if (to_pty_.size() > to_pty_offset_) {
+      Emit(TraceKind::kLostUnheld, {}, to_pty_.size() - to_pty_offset_);
+    }
+  }
   // What waited for the program will never be read: lost like everything that comes now.
   counters_.unheld_bytes += to_pty_.size() - to_pty_offset_;
   to_pty_.clear();
@@ -217,6 +231,7 @@ void VirtualPort::ProgramFlushedInput() {
     }
   }
   counters_.discarded_bytes += discarded;
+  if (trace_ != nullptr) Emit(TraceKind::kFlushInput, {}, discarded);
   // Nothing waits any more: a terminal the port stopped may send again.
   if (stopped_terminal_) SendFlowCharacter(flow_.xon());
 }
@@ -231,6 +246,7 @@ void VirtualPort::ProgramFlushedOutput() {
   to_socket_.clear();
   if (held_back) discarded += io_->DiscardProgramOutput();
   counters_.discarded_bytes += discarded;
+  if (trace_ != nullptr) Emit(TraceKind::kFlushOutput, {}, discarded);
 }
 
 std::string VirtualPort::ReplacePty() {
@@ -268,6 +284,7 @@ VirtualPort::Drain VirtualPort::RelayFromPty() {
     const auto size = static_cast<std::size_t>(got);
     if (!connected()) {
       counters_.discarded_bytes += size;
+      if (trace_ != nullptr) Emit(TraceKind::kLostDiscarded, std::span(buffer_.data(), size), size);
       continue;
     }
     to_socket_.assign(buffer_.begin(), buffer_.begin() + got);
@@ -282,9 +299,11 @@ bool VirtualPort::FlushToSocket() {
   if (sent < 0) {
     ++counters_.send_errors;
     counters_.send_error_bytes += to_socket_.size();
+    if (trace_ != nullptr) Emit(TraceKind::kLostSendError, to_socket_, to_socket_.size());
   } else {
     counters_.bytes_to_udp += static_cast<std::uint64_t>(sent);
     ++counters_.datagrams_to_udp;
+    if (trace_ != nullptr) Emit(TraceKind::kToTerminal, to_socket_);
   }
   to_socket_.clear();
   return true;
@@ -297,6 +316,7 @@ bool VirtualPort::FlushToPty() {
     if (wrote < 0) {
       // The pty refuses the bytes for good; nothing would ever take them.
       counters_.pty_error_bytes += to_pty_.size() - to_pty_offset_;
+      if (trace_ != nullptr) Emit(TraceKind::kLostPtyError, {}, to_pty_.size() - to_pty_offset_);
       break;
     }
     to_pty_offset_ += static_cast<std::size_t>(wrote);
@@ -318,6 +338,7 @@ void VirtualPort::RelayFromSocket() {
     if (!passed) break;  // EAGAIN, or an error the socket reports once
     if (!held_) {
       counters_.unheld_bytes += passed->size();
+      if (trace_ != nullptr && !passed->empty()) Emit(TraceKind::kLostUnheld, {}, passed->size());
       continue;
     }
     to_pty_.insert(to_pty_.end(), passed->begin(), passed->end());
@@ -339,17 +360,26 @@ std::optional<std::span<std::uint8_t>> VirtualPort::ReceiveDatagram(bool* draine
   net::Endpoint from;
   std::uint32_t dropped = 0;
   const long got = io_->ReceiveFrom(buffer_, &from, &dropped);
+  if (trace_ != nullptr && dropped_before_ + dropped > counters_.dropped_datagrams) {
+    Emit(TraceKind::kLostKernelDrop, {}, dropped_before_ + dropped - counters_.dropped_datagrams);
+  }
   counters_.dropped_datagrams = std::max(counters_.dropped_datagrams, dropped_before_ + dropped);
   *drained = got == -EAGAIN;
   if (got < 0) return std::nullopt;
+  const auto datagram = std::span(buffer_.data(), static_cast<std::size_t>(got));
   if (from != settings_->remote) {
     ++counters_.stranger_datagrams;
     counters_.stranger_bytes += static_cast<std::uint64_t>(got);
+    if (trace_ != nullptr) Emit(TraceKind::kStranger, datagram, 0, &from);
     return std::span<std::uint8_t>();
   }
   ++counters_.datagrams_from_udp;
+  if (trace_ != nullptr) Emit(TraceKind::kFromTerminal, datagram, 0, &from);
   const bool was_paused = flow_.paused();
-  const auto passed = flow_.Filter(std::span(buffer_.data(), static_cast<std::size_t>(got)));
+  const auto passed = flow_.Filter(datagram);
+  if (trace_ != nullptr && was_paused != flow_.paused()) {
+    Emit(flow_.paused() ? TraceKind::kTerminalXoff : TraceKind::kTerminalXon);
+  }
   if (was_paused && !flow_.paused() && !held_) {
     // XON: what the last program wrote before it closed may go now.
     while (RelayFromPty() == Drain::kMore) {
@@ -368,10 +398,12 @@ void VirtualPort::SendFlowCharacter(std::uint8_t character) {
   } else if (sent < 0) {
     ++counters_.send_errors;
     ++counters_.send_error_bytes;
+    if (trace_ != nullptr) Emit(TraceKind::kLostSendError, byte, 1);
   }
   // Counted when asked for: an XOFF that waits for the send side still holds the terminal's
   // next bytes in the receive buffer, which is where they would wait anyway.
   const bool xoff = character == flow_.xoff();
+  if (trace_ != nullptr) Emit(xoff ? TraceKind::kSentXoff : TraceKind::kSentXon, byte);
   stopped_terminal_ = xoff;
   ++(xoff ? counters_.xoff_sent : counters_.xon_sent);
 }
@@ -392,6 +424,18 @@ void VirtualPort::UpdateInterest() {
     }
     poller_.Modify(socket_watch_, socket_events);
   }
+}
+
+void VirtualPort::Emit(TraceKind kind, std::span<const std::uint8_t> data, std::uint64_t count,
+                       const net::Endpoint* sender) {
+  TraceEvent event{kind, data, local_, {}, count};
+  if (sender != nullptr) {
+    event.from = *sender;
+    event.to = local_;
+  } else if (settings_) {
+    event.to = settings_->remote;
+  }
+  trace_->Record(event);
 }
 
 }  // namespace ketra::vspd

@@ -25,7 +25,11 @@
 // CAP_SYS_ADMIN; the port then takes a new pty and points its link there, so the next program
 // still finds a fresh port.
 //
-// Owns the PortIo, the link and its watches in the poller. Single-threaded (the loop's).
+// A trace (port_trace.h) sees every datagram and event while a sink is attached; without one
+// the relay only tests a pointer.
+//
+// Owns the PortIo, the link and its watches in the poller; not the trace sink. Single-threaded
+// (the loop's).
 #ifndef KETRA_DAEMON_PORT_H_
 #define KETRA_DAEMON_PORT_H_
 
@@ -42,6 +46,7 @@
 #include "daemon/port_io.h"
 #include "daemon/port_link.h"
 #include "daemon/port_settings.h"
+#include "daemon/port_trace.h"
 
 namespace ketra::vspd {
 
@@ -103,6 +108,10 @@ class VirtualPort {
     on_change_ = std::move(callback);
   }
 
+  // From now on every event goes to `sink` (null: to nobody). The sink is detached before it
+  // goes.
+  void SetTraceSink(TraceSink* sink) { trace_ = sink; }
+
   // Runs after the port replaced its pty (pty_fd() and pty_path() changed).
   void OnPtyReplaced(std::function<void(VirtualPort&)> callback) {
     on_pty_replaced_ = std::move(callback);
@@ -156,6 +165,10 @@ class VirtualPort {
   bool FlushToSocket();
   void SendFlowCharacter(std::uint8_t character);
   void UpdateInterest();
+  // Tells the trace; callers test trace_ first, so that an untraced port builds nothing. A
+  // datagram from `sender` goes to the local endpoint; anything else from it to the remote.
+  void Emit(TraceKind kind, std::span<const std::uint8_t> data = {}, std::uint64_t count = 0,
+            const net::Endpoint* sender = nullptr);
 
   Poller& poller_;
   std::string name_;
@@ -173,6 +186,8 @@ class VirtualPort {
   bool program_stopped_ = false;
   std::optional<std::uint8_t> owed_flow_character_;  // could not be sent yet
   std::uint64_t dropped_before_ = 0;                 // by sockets closed earlier
+  net::Endpoint local_;                              // the socket's, while connected
+  TraceSink* trace_ = nullptr;
 
   std::vector<std::uint8_t> buffer_;
   // Read from the pty, not yet taken by the socket (one datagram).

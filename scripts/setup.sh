@@ -10,6 +10,7 @@ packages=(
   fonts-liberation python3 socat xvfb xauth ccache
   dbus-daemon dbus-bin at-spi2-core python3-pyatspi
   libsystemd-dev python3-serial
+  tshark prometheus
 )
 
 exec "$(dirname "$0")/install-packages.sh" "${packages[@]}"

@@ -16,6 +16,7 @@
 #include <string>
 
 #include "platform/device/device.h"
+#include "platform/runtime/fd.h"
 
 namespace ketra::device {
 
@@ -29,6 +30,12 @@ std::unique_ptr<DeviceIo> MakeVspdDevice(std::string socket_path,
 // silent or answers anything else.
 std::optional<std::string> QueryVspdStatus(const std::string& socket_path,
                                            std::chrono::milliseconds answer_timeout);
+
+// A connection that carries `port`'s trace: each following message is one trace record
+// (vspd_protocol.h). An invalid Fd, with *problem saying why, when no daemon answers or it has
+// no such port or refuses.
+runtime::Fd OpenVspdTrace(const std::string& socket_path, const std::string& port,
+                          std::chrono::milliseconds answer_timeout, std::string* problem);
 
 // Why no daemon can be reached at `socket_path`, in words for the user: no socket, nobody
 // listening, permission denied (not in the service's group), or a daemon run by an untrusted

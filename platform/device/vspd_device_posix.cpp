@@ -258,6 +258,26 @@ std::optional<std::string> QueryVspdStatus(const std::string& socket_path,
   }
 }
 
+Fd OpenVspdTrace(const std::string& socket_path, const std::string& port,
+                 std::chrono::milliseconds answer_timeout, std::string* problem) {
+  Fd fd = ConnectTo(socket_path, problem);
+  if (!fd) return Fd();
+  wire::Reply reply;
+  if (Exchange(fd, wire::TraceRequest{port}, answer_timeout, &reply) != Outcome::kAnswered) {
+    *problem = "the daemon at " + socket_path + " did not answer";
+    return Fd();
+  }
+  if (const auto* trace = std::get_if<wire::TraceReply>(&reply)) {
+    if (trace->error == wire::kErrorSuccess) return fd;
+    *problem = "no port " + port;
+  } else if (const auto* refused = std::get_if<wire::ErrorReply>(&reply)) {
+    *problem = "the daemon refused: " + refused->reason;
+  } else {
+    *problem = "the daemon answered something else";
+  }
+  return Fd();
+}
+
 std::string DescribeVspdSocketProblem(const std::string& socket_path) {
   return ConnectTo(socket_path).status().message();
 }

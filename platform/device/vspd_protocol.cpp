@@ -10,11 +10,14 @@ enum Kind : std::uint8_t {
   kIoctl = 2,
   kClose = 3,
   kStatus = 4,
+  kTrace = 5,
   kOpenReply = 129,
   kIoctlReply = 130,
   kCloseReply = 131,
   kStatusReply = 132,
   kStatusPiece = 133,
+  kTraceReply = 134,
+  kTraceRecord = 135,
   kRefused = 255,
 };
 
@@ -108,6 +111,9 @@ std::vector<std::uint8_t> EncodeRequest(const Request& request) {
     out.insert(out.end(), ioctl->input.begin(), ioctl->input.end());
   } else if (std::holds_alternative<CloseRequest>(request)) {
     out = Header(kClose);
+  } else if (const auto* trace = std::get_if<TraceRequest>(&request)) {
+    out = Header(kTrace);
+    PutText(out, trace->port);
   } else {
     out = Header(kStatus);
   }
@@ -126,6 +132,12 @@ std::vector<std::uint8_t> EncodeReply(const Reply& reply) {
   } else if (const auto* close = std::get_if<CloseReply>(&reply)) {
     out = Header(kCloseReply);
     PutU32(out, close->error);
+  } else if (const auto* trace = std::get_if<TraceReply>(&reply)) {
+    out = Header(kTraceReply);
+    PutU32(out, trace->error);
+  } else if (const auto* record = std::get_if<TraceRecord>(&reply)) {
+    out = Header(kTraceRecord);
+    out.insert(out.end(), record->bytes.begin(), record->bytes.end());
   } else if (const auto* status = std::get_if<StatusReply>(&reply)) {
     out = Header(status->more ? kStatusPiece : kStatusReply);
     PutText(out, status->json);
@@ -158,6 +170,15 @@ std::optional<Request> ParseRequest(std::span<const std::uint8_t> message, Parse
     case kStatus:
       if (!payload.empty()) return Fail<Request>(error, ParseError::kBadLength);
       return StatusRequest{};
+    case kTrace:
+      if (payload.empty() || payload.size() > kMaxPortName) {
+        return Fail<Request>(error, ParseError::kBadLength);
+      }
+      if (!IsValidPortName(
+              std::string_view(reinterpret_cast<const char*>(payload.data()), payload.size()))) {
+        return Fail<Request>(error, ParseError::kBadText);
+      }
+      return TraceRequest{std::string(payload.begin(), payload.end())};
     default:
       return Fail<Request>(error, ParseError::kUnknownKind);
   }
@@ -184,6 +205,14 @@ std::optional<Reply> ParseReply(std::span<const std::uint8_t> message, ParseErro
         return Fail<Reply>(error, ParseError::kBadText);
       }
       return StatusReply{std::string(payload.begin(), payload.end()), kind == kStatusPiece};
+    case kTraceReply:
+      if (payload.size() != 4) return Fail<Reply>(error, ParseError::kBadLength);
+      return TraceReply{GetU32(payload)};
+    case kTraceRecord:
+      if (payload.empty() || payload.size() > kMaxTraceRecord) {
+        return Fail<Reply>(error, ParseError::kBadLength);
+      }
+      return TraceRecord{std::vector<std::uint8_t>(payload.begin(), payload.end())};
     case kRefused:
       if (payload.size() < 4 || payload.size() > 4 + kMaxReasonLength) {
         return Fail<Reply>(error, ParseError::kBadLength);

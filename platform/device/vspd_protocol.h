@@ -6,12 +6,15 @@
 //             2 ioctl   control code (u32 little-endian) and the 12 input bytes: exactly 16
 //             3 close   nothing
 //             4 status  nothing
+//             5 trace   a port's name: from now on the connection carries that port's trace
 //   replies 129 open    error (u32 little-endian, 0 = success)
 //           130 ioctl   error (u32) and the 12 output bytes: exactly 16
 //           131 close   error (u32)
 //           132 status  a JSON document, UTF-8, or its last piece: at most kMaxStatusText bytes
 //           133 status  a piece of the document that goes on in the next message (a document
 //                       larger than a socket's buffer takes several messages)
+//           134 trace   error (u32): 0, and trace records follow; or 2, no such port
+//           135 record  one trace record, 1 to kMaxTraceRecord bytes (daemon/trace_record.h)
 //           255 refused error (u32) and a reason, 0 to 200 printable ASCII bytes
 // Anything else (short, long, unknown kind, bad bytes) does not parse. Error numbers are the
 // platform's (2 no such device, 6 invalid handle, 87 invalid parameter, 123 invalid name, 1
@@ -43,6 +46,8 @@ inline constexpr std::size_t kMaxReasonLength = 200;
 inline constexpr std::size_t kMaxStatusText = 1 << 20;
 // The daemon sends the status document in pieces of this size, well inside a socket's buffer.
 inline constexpr std::size_t kStatusPieceSize = 32 << 10;
+// A trace record: its head and the largest datagram.
+inline constexpr std::size_t kMaxTraceRecord = 64 + 65536;
 // Large enough for any message, the status reply included.
 inline constexpr std::size_t kMaxMessageSize = kHeaderSize + kMaxStatusText;
 // Large enough for any request.
@@ -72,7 +77,11 @@ struct CloseRequest {
 struct StatusRequest {
   friend bool operator==(const StatusRequest&, const StatusRequest&) = default;
 };
-using Request = std::variant<OpenRequest, IoctlRequest, CloseRequest, StatusRequest>;
+struct TraceRequest {
+  std::string port;
+  friend bool operator==(const TraceRequest&, const TraceRequest&) = default;
+};
+using Request = std::variant<OpenRequest, IoctlRequest, CloseRequest, StatusRequest, TraceRequest>;
 
 struct OpenReply {
   std::uint32_t error = 0;
@@ -97,7 +106,16 @@ struct ErrorReply {
   std::string reason;
   friend bool operator==(const ErrorReply&, const ErrorReply&) = default;
 };
-using Reply = std::variant<OpenReply, IoctlReply, CloseReply, StatusReply, ErrorReply>;
+struct TraceReply {
+  std::uint32_t error = 0;
+  friend bool operator==(const TraceReply&, const TraceReply&) = default;
+};
+struct TraceRecord {
+  std::vector<std::uint8_t> bytes;
+  friend bool operator==(const TraceRecord&, const TraceRecord&) = default;
+};
+using Reply = std::variant<OpenReply, IoctlReply, CloseReply, StatusReply, ErrorReply, TraceReply,
+                           TraceRecord>;
 
 enum class ParseError {
   kNone,
