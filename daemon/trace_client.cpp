@@ -99,13 +99,12 @@ int RunTrace(const std::string& socket_path, const std::string& port, const std:
     }
   }
   const runtime::Fd stop = StopSignals();
-  std::string problem;
-  const runtime::Fd trace =
-      device::OpenVspdTrace(socket_path, port, device::kDefaultVspdAnswerTimeout, &problem);
-  if (!trace) {
-    err << "ketra-vspd: " << problem << "\n";
+  auto opened = device::OpenVspdTrace(socket_path, port, device::kDefaultVspdAnswerTimeout);
+  if (!opened.ok()) {
+    err << "ketra-vspd: " << opened.status().message() << "\n";
     return 1;
   }
+  const runtime::Fd trace = std::move(opened).value();
   err << "tracing " << port << " (Ctrl-C ends)\n";
   std::vector<std::uint8_t> buffer(wire::kMaxMessageSize);
   for (;;) {

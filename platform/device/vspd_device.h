@@ -17,6 +17,7 @@
 
 #include "platform/device/device.h"
 #include "platform/runtime/fd.h"
+#include "platform/runtime/status.h"
 
 namespace ketra::device {
 
@@ -32,10 +33,11 @@ std::optional<std::string> QueryVspdStatus(const std::string& socket_path,
                                            std::chrono::milliseconds answer_timeout);
 
 // A connection that carries `port`'s trace: each following message is one trace record
-// (vspd_protocol.h). An invalid Fd, with *problem saying why, when no daemon answers or it has
-// no such port or refuses.
-runtime::Fd OpenVspdTrace(const std::string& socket_path, const std::string& port,
-                          std::chrono::milliseconds answer_timeout, std::string* problem);
+// (vspd_protocol.h). NotFound when no daemon answers or it has no such port, PermissionDenied
+// when it may not be used, IoError when it refuses or answers something else.
+runtime::StatusOr<runtime::Fd> OpenVspdTrace(const std::string& socket_path,
+                                             const std::string& port,
+                                             std::chrono::milliseconds answer_timeout);
 
 // Why no daemon can be reached at `socket_path`, in words for the user: no socket, nobody
 // listening, permission denied (not in the service's group), or a daemon run by an untrusted

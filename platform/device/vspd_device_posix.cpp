@@ -258,24 +258,23 @@ std::optional<std::string> QueryVspdStatus(const std::string& socket_path,
   }
 }
 
-Fd OpenVspdTrace(const std::string& socket_path, const std::string& port,
-                 std::chrono::milliseconds answer_timeout, std::string* problem) {
-  Fd fd = ConnectTo(socket_path, problem);
-  if (!fd) return Fd();
+runtime::StatusOr<Fd> OpenVspdTrace(const std::string& socket_path, const std::string& port,
+                                    std::chrono::milliseconds answer_timeout) {
+  std::string problem;
+  Fd fd = ConnectTo(socket_path, &problem);
+  if (!fd) return runtime::Status::IoError(problem);
   wire::Reply reply;
   if (Exchange(fd, wire::TraceRequest{port}, answer_timeout, &reply) != Outcome::kAnswered) {
-    *problem = "the daemon at " + socket_path + " did not answer";
-    return Fd();
+    return runtime::Status::IoError("the daemon at " + socket_path + " did not answer");
   }
   if (const auto* trace = std::get_if<wire::TraceReply>(&reply)) {
     if (trace->error == wire::kErrorSuccess) return fd;
-    *problem = "no port " + port;
-  } else if (const auto* refused = std::get_if<wire::ErrorReply>(&reply)) {
-    *problem = "the daemon refused: " + refused->reason;
-  } else {
-    *problem = "the daemon answered something else";
+    return runtime::Status::NotFound("no port " + port);
   }
-  return Fd();
+  if (const auto* refused = std::get_if<wire::ErrorReply>(&reply)) {
+    return runtime::Status::IoError("the daemon refused: " + refused->reason);
+  }
+  return runtime::Status::IoError("the daemon answered something else");
 }
 
 std::string DescribeVspdSocketProblem(const std::string& socket_path) {

@@ -1,13 +1,12 @@
 #!/usr/bin/env python3
-"""What a user sees of a running ketra-vspd: a port's trace, its metrics, and an idle daemon.
+"""What a user sees of a running ketra-vspd: a port's trace and its metrics.
 
 - trace: `ketra-vspd trace COM3 --pcap FILE` while python3-serial talks through the port to a
   terminal on UDP (XOFF/XON from it, a stranger's datagram); the text shows every datagram with
   its bytes and every event, and Debian's tshark reads the pcapng: packets, addresses, ports,
   payloads, events as comments.
-- metrics: `status --format prometheus` and the file the daemon writes for node_exporter's
-  textfile collector pass `promtool check metrics` (Debian's prometheus) and carry the counters.
-- idle: 101 ports, 50 of them connected, no traffic: the daemon does not wake in 10 s.
+- metrics: `status --format prometheus` passes `promtool check metrics` (Debian's prometheus)
+  and carries the counters.
 Loopback only.
 
 usage: vspd_observe_e2e.py BIN_DIR
@@ -64,9 +63,34 @@ def test_trace(root):
             e2e.wait_for(lambda: not daemon.port_status("COM3")["held"])
             trace.send_signal(signal.SIGINT)
             check(trace.wait(timeout=10) == 0, "the trace ends on SIGINT")
+            program = serial.Serial(os.path.join(daemon.links, "COM3"), 115200, timeout=5)
+            # A reader that does not read: the port runs on, the reader is told what it missed.
+            lagging = socket.socket(socket.AF_UNIX, socket.SOCK_SEQPACKET)
+            lagging.connect(daemon.socket)
+            lagging.send(b"K\x01\x05\x00COM3")
+            check(lagging.recv(64) == b"K\x01\x86\x00\x00\x00\x00\x00", "a raw trace starts")
+            burst = 12 << 20
+            sent = daemon.port_status("COM3")["bytes_to_udp"]
+            program.timeout = 30
+            program.write(b"x" * burst)
+            check(e2e.wait_for(lambda: daemon.port_status("COM3")["bytes_to_udp"] == sent + burst,
+                               30), "12 MB went out while a trace reader did not read")
+            kinds = []
+            lagging.settimeout(1)
+            try:
+                while True:
+                    kinds.append(lagging.recv(1 << 17)[4 + 8])
+            except socket.timeout:
+                pass
+            lagging.close()
+            check(30 in kinds and kinds.count(1) < burst // 8192,
+                  "the lagging reader missed records and was told so")
+            program.close()
         lines = open(os.path.join(root, "trace.txt")).read()
         print(lines)
         stamp = r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{6} COM3 "
+        check("left out here: this reader did not keep up" not in lines,
+              "the reader that kept up missed nothing")
         for pattern, what in (
                 (stamp + r"open: a program opened the port", "the open"),
                 (stamp + r"program->terminal datagram 7 bytes 127\.0\.0\.1:%d -> 127\.0\.0\.1:%d\n"
@@ -101,9 +125,40 @@ def test_trace(root):
         daemon.stop()
 
 
+def promtool(text):
+    done = subprocess.run(["promtool", "check", "metrics"], input=text, capture_output=True,
+                          text=True, timeout=60)
+    return done.returncode, (done.stdout + done.stderr).strip()
+
+
+def test_metrics(root):
+    daemon = e2e.Daemon(root, ["--ports", "COM3,COM4"])
+    try:
+        local, remote = connect(daemon, "COM3")
+        terminal = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
+        terminal.bind(("127.0.0.1", remote))
+        program = e2e.open_pty(os.path.join(daemon.links, "COM3"))
+        os.write(program, b"hello")
+        check(e2e.receive(terminal)[0] == b"hello", "bytes went out")
+        code, text = daemon.cli("status", "--format", "prometheus")
+        print(text)
+        check(code == 0 and promtool(text) == (0, ""), "promtool check metrics passes, no lint")
+        for line in ('ketra_port_bytes_to_udp_total{port="COM3"} 5',
+                     'ketra_port_datagrams_to_udp_total{port="COM3"} 1',
+                     'ketra_port_connected{port="COM3"} 1', 'ketra_port_connected{port="COM4"} 0',
+                     'ketra_port_held{port="COM3"} 1',
+                     '# TYPE ketra_port_dropped_datagrams_total counter'):
+            check(line in text.splitlines(), "metrics: " + line)
+        check(re.search(r'^ketra_port_info\{port="COM3",.*remote="127\.0\.0\.1:%d".*\} 1$'
+                        % remote, text, re.M), "metrics: the port's texts as labels")
+        os.close(program)
+    finally:
+        daemon.stop()
+
+
 def main():
     with tempfile.TemporaryDirectory(prefix="vspd-observe-") as root:
-        for name, test in (("trace", test_trace),):
+        for name, test in (("trace", test_trace), ("metrics", test_metrics)):
             os.mkdir(os.path.join(root, name))
             try:
                 test(os.path.join(root, name))
