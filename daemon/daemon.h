@@ -23,6 +23,7 @@
 #include <chrono>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,6 +35,7 @@
 #include "daemon/device_map.h"
 #include "daemon/event_loop.h"
 #include "daemon/loss_log.h"
+#include "daemon/metrics_file.h"
 #include "daemon/open_watch.h"
 #include "daemon/port.h"
 #include "daemon/service_manager.h"
@@ -48,6 +50,8 @@ class Daemon final : public PortDirectory {
  public:
   // How long the start waits for a hive that another program holds locked.
   static constexpr std::chrono::seconds kHiveWait{30};
+  // How often at most the metrics file is written while things change.
+  static constexpr std::chrono::seconds kMetricsInterval{5};
 
   Daemon(const DaemonConfig& config, registry::Registry& registry, ServiceManager& service);
   Daemon(const Daemon&) = delete;
@@ -66,6 +70,8 @@ class Daemon final : public PortDirectory {
  private:
   void OnSignal();
   void OnTick();
+  // Writes the metrics file (metrics_file_ is set) and notes when.
+  void WriteMetrics(std::chrono::steady_clock::time_point now);
   // False when SIGTERM or SIGINT came while the hive was locked; throws after kHiveWait.
   bool PublishDeviceMap();
   // Makes every configured port, from what the store kept or afresh.
@@ -88,6 +94,13 @@ class Daemon final : public PortDirectory {
   std::vector<LossLog> loss_logs_;  // one per port
   std::string last_status_line_;
   bool stop_ = false;
+  // The tick runs only while it has work (tick.h): something happened since the last tick, a
+  // control connection may go idle, or the metrics file is behind.
+  bool active_ = false;  // a callback other than the tick ran since the last tick
+  bool ticked_ = false;  // the tick ran in the loop's last round
+  std::optional<MetricsFile> metrics_file_;
+  bool metrics_stale_ = false;
+  std::chrono::steady_clock::time_point metrics_written_;
 };
 
 }  // namespace ketra::vspd

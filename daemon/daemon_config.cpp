@@ -80,7 +80,8 @@ void ApplyConfigFile(const std::string& file, CLI::App& app, DaemonConfig& confi
     const bool known =
         top ? (entry.key == "hive" || entry.key == "socket")
             : (entry.key == "link-dir" || entry.key == "ports" || entry.key == "connect-enabled" ||
-               entry.key == "group" || entry.key == "bind-address" || entry.key == "max-datagram");
+               entry.key == "group" || entry.key == "bind-address" || entry.key == "max-datagram" ||
+               entry.key == "metrics-file");
     if (!known) {
       throw std::runtime_error(where + "unknown key '" + entry.key + "'" +
                                (top ? "" : " in [" + entry.section + "]"));
@@ -92,6 +93,8 @@ void ApplyConfigFile(const std::string& file, CLI::App& app, DaemonConfig& confi
       config.socket = entry.value;
     } else if (entry.key == "link-dir") {
       config.link_directory = entry.value;
+    } else if (entry.key == "metrics-file") {
+      config.metrics_file = entry.value;
     } else if (entry.key == "group") {
       config.group = entry.value;
     } else if (entry.key == "bind-address") {
@@ -145,6 +148,8 @@ std::optional<Invocation> ParseCommandLine(int argc, const char* const* argv, st
   app.add_option("--bind-address", bind_text, "local address of the UDP sockets");
   app.add_option("--max-datagram", config.max_datagram, "largest datagram sent, in bytes")
       ->check(CLI::Range(std::size_t{1}, std::size_t{65507}));
+  app.add_option("--metrics-file", config.metrics_file,
+                 "keep the ports' metrics in this file for node_exporter's textfile collector");
 
   auto* run = app.add_subcommand("run", "run the daemon in the foreground (the default)");
   auto* status = app.add_subcommand("status", "show every port of the running daemon");

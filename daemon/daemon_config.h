@@ -1,7 +1,7 @@
 // The command line of ketra-vspd and its configuration file, parsed into what to do:
 //   ketra-vspd [run] [--hive PATH] [--socket PATH] [--link-dir DIR] [--ports COM3,COM4,...
 //              | --count N --first 3] [--config FILE] [--connect-enabled] [--group NAME]
-//              [--bind-address A.B.C.D] [--max-datagram BYTES]
+//              [--bind-address A.B.C.D] [--max-datagram BYTES] [--metrics-file PATH]
 //   ketra-vspd status [--json | --format table|json|prometheus] | connect PORT | disconnect PORT
 //              | trace PORT [--pcap FILE]   (with --hive, --socket)
 //   ketra-vspd --version | --help
@@ -32,6 +32,8 @@ struct DaemonConfig {
   std::string group = "dialout";
   std::uint32_t bind_address = 0;  // host byte order; 0 is every interface
   std::size_t max_datagram = 8192;
+  // Where to keep the metrics for node_exporter's textfile collector; empty: nowhere.
+  std::string metrics_file;
 };
 
 enum class Action { kRun, kStatus, kConnect, kDisconnect, kTrace };

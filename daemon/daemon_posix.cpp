@@ -8,6 +8,7 @@
 #include "daemon/descriptor_limit.h"
 #include "daemon/hive_lock.h"
 #include "daemon/log.h"
+#include "daemon/metrics_text.h"
 #include "daemon/status_report.h"
 
 namespace ketra::vspd {
@@ -46,6 +47,10 @@ Daemon::Daemon(const DaemonConfig& config, registry::Registry& registry, Service
           ", control socket " + config_.socket + ", hive " + config_.hive);
   last_status_line_ = StatusLine();
   service_.Notify("READY=1\nSTATUS=" + last_status_line_);
+  if (!config_.metrics_file.empty()) {
+    metrics_file_.emplace(config_.metrics_file);
+    WriteMetrics(std::chrono::steady_clock::now());
+  }
 }
 
 bool Daemon::PublishDeviceMap() {
@@ -100,7 +105,15 @@ Daemon::~Daemon() {
 }
 
 void Daemon::Run() {
-  while (!stop_) loop_.RunOnce(-1);
+  while (!stop_) {
+    ticked_ = false;
+    const int ran = loop_.RunOnce(-1);
+    // Anything but the tick itself may have made work for it.
+    if (ran > (ticked_ ? 1 : 0)) {
+      active_ = true;
+      tick_->Arm();
+    }
+  }
 }
 
 std::string Daemon::StatusJson() {
@@ -129,7 +142,20 @@ void Daemon::OnSignal() {
   }
 }
 
+void Daemon::WriteMetrics(std::chrono::steady_clock::time_point now) {
+  nlohmann::json status{{"ports", nlohmann::json::array()}};
+  for (const auto& port : ports_) status["ports"].push_back(PortStatus(*port));
+  // A failure is said once per change; the next change tries again.
+  if (const runtime::Status written = metrics_file_->Update(FormatPrometheus(status));
+      !written.ok()) {
+    LogWarning("metrics file: " + written.message());
+  }
+  metrics_written_ = now;
+  metrics_stale_ = false;
+}
+
 void Daemon::OnTick() {
+  ticked_ = true;
   const auto now = std::chrono::steady_clock::now();
   control_->DropIdle(now);
   for (std::size_t i = 0; i < ports_.size(); ++i) {
@@ -142,6 +168,12 @@ void Daemon::OnTick() {
     last_status_line_ = std::move(line);
     service_.Notify("STATUS=" + last_status_line_);
   }
+  const bool active = std::exchange(active_, false);
+  if (active && metrics_file_) metrics_stale_ = true;
+  if (metrics_stale_ && now - metrics_written_ >= kMetricsInterval) WriteMetrics(now);
+  // Nothing happened since the last tick, no connection can go idle, no metrics wait: sleep
+  // until the next event.
+  if (!active && control_->connection_count() == 0 && !metrics_stale_) tick_->Disarm();
 }
 
 }  // namespace ketra::vspd

@@ -87,8 +87,11 @@ std::uint8_t VirtualPort::Connect(const PortSettings& settings) {
 
 void VirtualPort::CountKernelDrops() {
   if (!connected()) return;
-  counters_.dropped_datagrams =
-      std::max(counters_.dropped_datagrams, dropped_before_ + io_->SocketDrops());
+  const std::uint64_t dropped = dropped_before_ + io_->SocketDrops();
+  if (dropped <= counters_.dropped_datagrams) return;
+  if (trace_ != nullptr)
+    Emit(TraceKind::kLostKernelDrop, {}, dropped - counters_.dropped_datagrams);
+  counters_.dropped_datagrams = dropped;
 }
 
 std::uint8_t VirtualPort::Disconnect() {
