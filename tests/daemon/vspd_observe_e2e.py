@@ -21,10 +21,14 @@ import sys
 import tempfile
 import time
 
-import serial
-
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 import vspd_e2e as e2e  # noqa: E402  (the daemon in a temporary directory, the raw control channel)
+
+try:
+    import serial
+except ImportError:  # Debian's python3-serial, when the interpreter is not Debian's own
+    sys.path.append("/usr/lib/python3/dist-packages")
+    import serial
 
 check = e2e.check
 CONNECT = 0x80202000
