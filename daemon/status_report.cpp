@@ -98,8 +98,8 @@ const std::vector<StatusField> kStatusFields = {
      "Bytes from the terminal while no program held the port, discarded (a loss).",
      &Count<&PortCounters::unheld_bytes>},
     {"discarded_bytes", kCounter,
-     "Bytes discarded toward the terminal: written while not connected, or "
-     "waiting at a disconnect (a loss).",
+     "Bytes discarded: the program's while not connected or at a disconnect, and what the "
+     "program's flushes threw away (a loss).",
      &Count<&PortCounters::discarded_bytes>},
     {"send_errors", kCounter,
      "Datagrams the kernel refused to send, not for a full buffer "
