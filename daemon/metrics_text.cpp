@@ -74,6 +74,19 @@ std::string Label(std::string_view name, std::string_view value) {
 }
 
 // The fields of one port (or of an object inside it, under `prefix`).
+// A value as a label's text: an array's items joined by commas.
+std::string LabelText(const nlohmann::json& value) {
+  if (value.is_null()) return "";
+  if (value.is_string()) return value.get<std::string>();
+  if (!value.is_array()) return value.dump();
+  std::string text;
+  for (const auto& item : value) text += (text.empty() ? "" : ",") + LabelText(item);
+  return text;
+}
+
+// The fields of one port. Its own numbers and yes/no are families of their own; its texts,
+// and everything in an object inside it (settings such as the program's line), are labels of
+// an info family, as Prometheus has it for what describes rather than counts.
 void AddPort(Families& families, const std::string& port_label, const std::string& prefix,
              const nlohmann::json& object) {
   std::string info_labels;
@@ -83,14 +96,14 @@ void AddPort(Families& families, const std::string& port_label, const std::strin
       AddPort(families, port_label, path + "_", value);
       continue;
     }
-    if (value.is_string() || value.is_null()) {
+    const bool quantity = value.is_number() || value.is_boolean();
+    if (!prefix.empty() || !quantity) {
       if (prefix.empty() && key == "name") continue;  // the port label itself
-      info_labels += "," + Label(path, value.is_null() ? "" : value.get<std::string>());
+      info_labels += "," + Label(path, LabelText(value));
       continue;
     }
-    if (!value.is_number() && !value.is_boolean()) continue;
     const std::string number = value.is_boolean() ? (value.get<bool>() ? "1" : "0") : value.dump();
-    const StatusField* field = prefix.empty() ? FindStatusField(key) : nullptr;
+    const StatusField* field = FindStatusField(key);
     if (field != nullptr && field->kind == StatusField::Kind::kCounter) {
       families.Get(MetricName(path) + "_total", field->help, "counter")
           .samples.push_back("{" + port_label + "} " + number);
@@ -107,7 +120,7 @@ void AddPort(Families& families, const std::string& port_label, const std::strin
       .Get(info,
            prefix.empty() ? "The port's link, pty, endpoints and flow as labels; always 1."
                           : "The port's " + prefix.substr(0, prefix.size() - 1) +
-                                " texts as labels; always 1.",
+                                " settings as labels; always 1.",
            "gauge")
       .samples.push_back("{" + port_label + info_labels + "} 1");
 }

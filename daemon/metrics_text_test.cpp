@@ -6,25 +6,22 @@ namespace ketra::vspd {
 namespace {
 
 // A link path may hold any byte but NUL: the labels must stay parseable. A field the list of
-// status fields does not know (a newer daemon's) still shows, as a gauge of its key, and texts
-// in an object inside the port become labels of that object's info family.
+// status fields does not know (a newer daemon's) still shows, as a gauge of its key, and what
+// an object inside the port holds (the program's line) becomes labels of that object's info
+// family.
 TEST(MetricsTextTest, EscapesLabelsAndShowsFieldsItDoesNotKnow) {
   const auto status = nlohmann::json::parse(R"({"pid": 1, "socket": "s", "hive": "h", "ports": [
       {"name": "COM3", "link": "/run/a\"b\\c\nd", "remote": null, "xon_sent": 7, "held": true,
-       "line": {"parity": "even", "data_bits": 7, "carried": false}, "queued_bytes": 12}]})");
+       "line": {"parity": "even", "data_bits": 7, "carried": false,
+                "lost": ["data bits", "parity"]}, "queued_bytes": 12}]})");
   EXPECT_EQ(FormatPrometheus(status),
             "# HELP ketra_port_held Whether a program holds the port's device open.\n"
             "# TYPE ketra_port_held gauge\n"
             "ketra_port_held{port=\"COM3\"} 1\n"
-            "# HELP ketra_port_line_carried The port's line_carried.\n"
-            "# TYPE ketra_port_line_carried gauge\n"
-            "ketra_port_line_carried{port=\"COM3\"} 0\n"
-            "# HELP ketra_port_line_data_bits The port's line_data_bits.\n"
-            "# TYPE ketra_port_line_data_bits gauge\n"
-            "ketra_port_line_data_bits{port=\"COM3\"} 7\n"
-            "# HELP ketra_port_line_info The port's line texts as labels; always 1.\n"
+            "# HELP ketra_port_line_info The port's line settings as labels; always 1.\n"
             "# TYPE ketra_port_line_info gauge\n"
-            "ketra_port_line_info{port=\"COM3\",line_parity=\"even\"} 1\n"
+            "ketra_port_line_info{port=\"COM3\",line_carried=\"false\",line_data_bits=\"7\","
+            "line_lost=\"data bits,parity\",line_parity=\"even\"} 1\n"
             "# HELP ketra_port_queued_bytes The port's queued_bytes.\n"
             "# TYPE ketra_port_queued_bytes gauge\n"
             "ketra_port_queued_bytes{port=\"COM3\"} 12\n"

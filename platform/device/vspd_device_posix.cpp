@@ -260,9 +260,9 @@ std::optional<std::string> QueryVspdStatus(const std::string& socket_path,
 
 runtime::StatusOr<Fd> OpenVspdTrace(const std::string& socket_path, const std::string& port,
                                     std::chrono::milliseconds answer_timeout) {
-  std::string problem;
-  Fd fd = ConnectTo(socket_path, &problem);
-  if (!fd) return runtime::Status::IoError(problem);
+  auto connected = ConnectTo(socket_path);
+  if (!connected.ok()) return connected.status();
+  Fd fd = std::move(connected).value();
   wire::Reply reply;
   if (Exchange(fd, wire::TraceRequest{port}, answer_timeout, &reply) != Outcome::kAnswered) {
     return runtime::Status::IoError("the daemon at " + socket_path + " did not answer");
