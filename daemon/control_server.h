@@ -81,6 +81,8 @@ class ControlServer {
   // std::runtime_error.
   void Publish();
   void DropIdle(std::chrono::steady_clock::time_point now);
+  // Open connections; the daemon keeps its tick while any could go idle.
+  std::size_t connection_count() const { return connections_.size(); }
   const std::string& socket_path() const { return socket_path_; }
 
  private:
