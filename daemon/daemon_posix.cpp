@@ -59,14 +59,14 @@ bool Daemon::PublishDeviceMap() {
   // A hive that is corrupt, another program's file or not writable stays so: no waiting.
   const auto deadline = std::chrono::steady_clock::now() + kHiveWait;
   for (bool warned = false;; warned = true) {
-    std::string problem;
-    const registry::Status status = device_map_->Publish(config_.ports, &problem);
-    if (status == registry::kErrorSuccess) return true;
-    if (status == registry::kErrorBadDb) {
+    const runtime::Status published = device_map_->Publish(config_.ports);
+    if (published.ok()) return true;
+    const std::string& problem = published.message();
+    if (published.IsCorruption()) {
       throw std::runtime_error("device map in " + config_.hive + ": " + problem +
                                ": the hive is damaged or another program's file");
     }
-    if (status == registry::kErrorAccessDenied) {
+    if (published.IsPermissionDenied()) {
       throw std::runtime_error("device map in " + config_.hive + ": " + problem +
                                ": the hive may not be written (read-only, or no permission)");
     }

@@ -10,10 +10,19 @@ namespace {
 
 using registry::HKey;
 
+// The hive's status as the start-up decides on it, with the sentence for the log.
+runtime::Status Failed(registry::Status status, std::string what) {
+  what += " (status " + std::to_string(status) + ")";
+  if (status == registry::kErrorBadDb) return runtime::Status::Corruption(std::move(what));
+  if (status == registry::kErrorAccessDenied) {
+    return runtime::Status::PermissionDenied(std::move(what));
+  }
+  return runtime::Status::IoError(std::move(what));
+}
+
 }  // namespace
 
-registry::Status DeviceMap::Publish(const std::vector<std::string>& port_names,
-                                    std::string* problem) {
+runtime::Status DeviceMap::Publish(const std::vector<std::string>& port_names) {
   HKey raw = 0;
   std::uint32_t disposition = 0;
   const registry::Status created =
@@ -21,9 +30,8 @@ registry::Status DeviceMap::Publish(const std::vector<std::string>& port_names,
                             registry::kKeyRead | registry::kKeyWrite, &raw, &disposition);
   const registry::ScopedKey key(registry_, raw);
   if (created != registry::kErrorSuccess || raw == 0) {
-    *problem = "cannot create HKEY_LOCAL_MACHINE\\" + std::string(kSerialCommKey) + " (status " +
-               std::to_string(created) + ")";
-    return created != registry::kErrorSuccess ? created : registry::kErrorRegistryIoFailed;
+    return Failed(created != registry::kErrorSuccess ? created : registry::kErrorRegistryIoFailed,
+                  "cannot create HKEY_LOCAL_MACHINE\\" + std::string(kSerialCommKey));
   }
   // Names first, deletions after: deleting while walking would shift the indexes.
   std::vector<std::string> stale;
@@ -44,13 +52,12 @@ registry::Status DeviceMap::Publish(const std::vector<std::string>& port_names,
     const registry::Status set = registry_.SetValueEx(
         key.get(), name, registry::kRegSz, data.data(), static_cast<std::uint32_t>(data.size()));
     if (set != registry::kErrorSuccess) {
-      *problem = "cannot write " + name + " (status " + std::to_string(set) + ")";
       Withdraw();
-      return set;
+      return Failed(set, "cannot write " + name);
     }
     written_.push_back(name);
   }
-  return registry::kErrorSuccess;
+  return runtime::Status::Ok();
 }
 
 bool DeviceMap::Withdraw() {

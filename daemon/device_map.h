@@ -13,6 +13,7 @@
 
 #include "config_appl/port/device_map.h"
 #include "platform/registry/registry.h"
+#include "platform/runtime/status.h"
 
 namespace ketra::vspd {
 
@@ -26,10 +27,11 @@ class DeviceMap {
   DeviceMap& operator=(const DeviceMap&) = delete;
   ~DeviceMap() { Withdraw(); }
 
-  // Removes stale entries of this driver and writes one per port. The hive's status, with
-  // *problem set, when the key cannot be made or a value not written; what was written is then
-  // withdrawn.
-  registry::Status Publish(const std::vector<std::string>& port_names, std::string* problem);
+  // Removes stale entries of this driver and writes one per port. When the key cannot be made or
+  // a value not written, what was written is withdrawn and the Status says why: Corruption for a
+  // hive that is damaged or another program's file, PermissionDenied for one that may not be
+  // written, IoError otherwise (a lock, say: worth another try).
+  runtime::Status Publish(const std::vector<std::string>& port_names);
   // Removes the entries this object wrote; false when one could not be removed.
   bool Withdraw();
 

@@ -48,15 +48,15 @@ TEST(DeviceMapTest, PublishesEachPortAndWithdrawsOnlyItsOwn) {
   const Values others{{"\\Device\\Serial0", std::string("COM1\0", 5)}};
   {
     DeviceMap map(*registry);
-    std::string problem;
-    ASSERT_EQ(map.Publish({"COM3", "COM4", "COM12"}, &problem), registry::kErrorSuccess) << problem;
+    const runtime::Status published = map.Publish({"COM3", "COM4", "COM12"});
+    ASSERT_TRUE(published.ok()) << published.message();
     EXPECT_EQ(MapValues(*registry), (Values{others[0],
                                             {"\\Device\\TesSerial0", std::string("COM3\0", 5)},
                                             {"\\Device\\TesSerial1", std::string("COM4\0", 5)},
                                             {"\\Device\\TesSerial2", std::string("COM12\0", 6)}}));
     EXPECT_TRUE(map.Withdraw());
     EXPECT_EQ(MapValues(*registry), others);
-    ASSERT_EQ(map.Publish({"COM3"}, &problem), registry::kErrorSuccess) << problem;
+    ASSERT_TRUE(map.Publish({"COM3"}).ok());
   }
   EXPECT_EQ(MapValues(*registry), others) << "the destructor withdraws too";
 }
@@ -66,15 +66,16 @@ TEST(DeviceMapTest, AFailedWriteLeavesNothingOfOurs) {
   registry::FaultyRegistry registry(*memory);
   registry.FailWhen(registry::FaultyRegistry::Op::kSet, "TesSerial1");
   DeviceMap map(registry);
-  std::string problem;
-  EXPECT_NE(map.Publish({"COM3", "COM4"}, &problem), registry::kErrorSuccess);
-  EXPECT_NE(problem.find("TesSerial1"), std::string::npos);
+  const runtime::Status write_failed = map.Publish({"COM3", "COM4"});
+  EXPECT_FALSE(write_failed.ok());
+  EXPECT_NE(write_failed.message().find("TesSerial1"), std::string::npos);
   EXPECT_TRUE(MapValues(*memory).empty());
 
   registry.Clear();
   registry.FailWhen(registry::FaultyRegistry::Op::kCreate, "SERIALCOMM");
-  EXPECT_NE(map.Publish({"COM3"}, &problem), registry::kErrorSuccess);
-  EXPECT_NE(problem.find("cannot create"), std::string::npos);
+  const runtime::Status create_failed = map.Publish({"COM3"});
+  EXPECT_FALSE(create_failed.ok());
+  EXPECT_NE(create_failed.message().find("cannot create"), std::string::npos);
 }
 
 }  // namespace

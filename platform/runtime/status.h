@@ -23,6 +23,7 @@ class [[nodiscard]] Status {
     kNotFound,          // nothing there to use: no file, no key, no daemon at the socket
     kInvalidArgument,   // the input is not acceptable (a record, a line, a setting)
     kPermissionDenied,  // the system or a peer refused us
+    kCorruption,        // stored data is damaged or not ours (a hive that is no hive)
     kIoError,           // a system call failed; the message names it and its errno
   };
 
@@ -35,6 +36,7 @@ class [[nodiscard]] Status {
   static Status PermissionDenied(std::string message) {
     return {Code::kPermissionDenied, std::move(message)};
   }
+  static Status Corruption(std::string message) { return {Code::kCorruption, std::move(message)}; }
   static Status IoError(std::string message) { return {Code::kIoError, std::move(message)}; }
   // "<what>: <strerror(error)>".
   static Status FromErrno(const std::string& what, int error);
@@ -44,6 +46,7 @@ class [[nodiscard]] Status {
   bool IsNotFound() const { return code_ == Code::kNotFound; }
   bool IsInvalidArgument() const { return code_ == Code::kInvalidArgument; }
   bool IsPermissionDenied() const { return code_ == Code::kPermissionDenied; }
+  bool IsCorruption() const { return code_ == Code::kCorruption; }
   // The reason, as a sentence for the user; empty when ok.
   const std::string& message() const { return message_; }
 
