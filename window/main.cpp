@@ -6,6 +6,7 @@
 // thread meanwhile (FontWarmUp).
 //
 //   ketra [--hive PATH] [--socket PATH] [--screenshot-dir DIR] [--exit-after-first-frame]
+//         [Qt's options: -style NAME, -stylesheet FILE, -platform NAME, ...]
 //   ketra --help | --version
 #include <QApplication>
 #include <QDir>
@@ -32,10 +33,12 @@
 #include "window/lamp_pictures.h"
 #include "window/load_aside.h"
 #include "window/qt_message_boxes.h"
+#include "window/qt_options.h"
 
 namespace {
 
-bool HasDisplay() {
+bool HasDisplay(const ketra::window::SplitArguments& arguments) {
+  if (arguments.Has("platform") || arguments.Has("display")) return true;
   for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
     const char* value = std::getenv(name);
     if (value && *value) return true;
@@ -91,8 +94,13 @@ int SaveScreenshots(ketra::window::FormView& view, const ketra::forms::Form& for
 }  // namespace
 
 int main(int argc, char** argv) try {
-  // The command line comes first, so that --help, --version and mistakes need no display.
-  CLI::App cli{"ketra: the Ketra virtual serial port control panel."};
+  // The command line comes first, so that --help, --version and mistakes need no display. Qt's
+  // own options go to QApplication.
+  ketra::window::SplitArguments arguments = ketra::window::SplitQtOptions(argc, argv);
+  CLI::App cli{"ketra: the Ketra virtual serial port control panel.", "ketra"};
+  cli.footer(
+      "Qt's standard options are accepted too: -style NAME, -stylesheet FILE, -platform NAME, "
+      "-reverse, -qwindowgeometry GEOMETRY and the others of every Qt program.\n");
   cli.set_version_flag("--version", "ketra " KETRA_VERSION);
   std::string hive;
   std::string socket;
@@ -105,11 +113,11 @@ int main(int argc, char** argv) try {
   cli.add_flag("--exit-after-first-frame", exit_after_first_frame,
                "Print the monotonic time of the first frame shown, then end.");
   try {
-    cli.parse(argc, argv);
+    cli.parse(static_cast<int>(arguments.program.size()) - 1, arguments.program.data());
   } catch (const CLI::ParseError& error) {
     return cli.exit(error) == 0 ? 0 : 2;  // a usage error is 2, as in the other programs
   }
-  if (!HasDisplay()) {
+  if (!HasDisplay(arguments)) {
     std::fputs(
         "ketra: no display found. Run it under a desktop session, or use ketra-session for a "
         "session without a screen.\n",
@@ -135,13 +143,16 @@ int main(int argc, char** argv) try {
   // The load runs while Qt opens the display; the program is the load thread's alone until
   // Finish() has joined it.
   ketra::window::LoadAside load(boxes, [&program] { program->Start(); });
-  QApplication app(argc, argv);
+  QApplication app(arguments.qt_count, arguments.qt.data());
   font_warm_up.QtReady();
   // From here the thread uses Qt's font database: it ends before the application does.
   const auto fonts_ready_before_app_ends = qScopeGuard([&font_warm_up] { font_warm_up.Wait(); });
   // The application id: the desktop entry ketra.desktop that names this program and its icon.
   QGuiApplication::setDesktopFileName(QStringLiteral("ketra"));
-  QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+  // Fusion unless the user chose a style (-style, or QT_STYLE_OVERRIDE as in every Qt program).
+  if (!arguments.Has("style") && qEnvironmentVariableIsEmpty("QT_STYLE_OVERRIDE")) {
+    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+  }
   QApplication::setWindowIcon(ketra::window::KetraIcon());
   try {
     load.Finish();
