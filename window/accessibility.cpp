@@ -1,4 +1,5 @@
-// Accessible interfaces for the option buttons and the tab strip.
+// Accessible interfaces for the window, the drop-down lists, the option buttons, the tab strip
+// and the up-down controls, and the events that announce their changes.
 #include "window/accessibility.h"
 
 #include <QAbstractItemView>
@@ -13,6 +14,7 @@
 
 #include "window/option_button.h"
 #include "window/tab_strip.h"
+#include "window/up_down_box.h"
 
 namespace ketra::window {
 namespace {
@@ -58,12 +60,17 @@ class OptionInterface : public QAccessibleWidget {
   QRadioButton* button() const { return static_cast<QRadioButton*>(widget()); }
 };
 
-// The drop-down list: named by its label, its value the entry shown. (Qt names a list by the
-// entry it shows on Linux, where a label's relation is meant to name it.)
-class ListInterface : public QAccessibleWidget {
+// The drop-down list: named by its label, its value the entry shown, which is also its text
+// (read-only), so that a screen reader speaks it with the name, and a new entry as new text.
+// (Qt names a list by the entry it shows on Linux, where a label's relation is meant to name it.)
+class ListInterface : public QAccessibleWidget, public QAccessibleTextInterface {
  public:
   explicit ListInterface(QComboBox* box) : QAccessibleWidget(box, QAccessible::ComboBox) {}
 
+  void* interface_cast(QAccessible::InterfaceType type) override {
+    if (type == QAccessible::TextInterface) return static_cast<QAccessibleTextInterface*>(this);
+    return QAccessibleWidget::interface_cast(type);
+  }
   QString text(QAccessible::Text t) const override {
     if (t == QAccessible::Value) return box()->currentText();
     if (t == QAccessible::Name && widget()->accessibleName().isEmpty()) {
@@ -88,8 +95,57 @@ class ListInterface : public QAccessibleWidget {
     }
   }
 
+  // The text: the entry shown, which no one edits here.
+  QString text(int start, int end) const override {
+    return box()->currentText().mid(start, end - start);
+  }
+  int characterCount() const override { return static_cast<int>(box()->currentText().size()); }
+  void selection(int, int* start, int* end) const override { *start = *end = 0; }
+  int selectionCount() const override { return 0; }
+  void addSelection(int, int) override {}
+  void removeSelection(int) override {}
+  void setSelection(int, int, int) override {}
+  int cursorPosition() const override { return 0; }
+  void setCursorPosition(int) override {}
+  QRect characterRect(int) const override { return {}; }
+  int offsetAtPoint(const QPoint&) const override { return -1; }
+  void scrollToSubstring(int, int) override {}
+  QString attributes(int, int* start, int* end) const override {
+    *start = 0;
+    *end = characterCount();
+    return {};
+  }
+
  private:
   QComboBox* box() const { return static_cast<QComboBox*>(widget()); }
+};
+
+// The up-down control: a spin button whose value is the box it steps. The value is set by the
+// arrows alone, which go to the engine.
+class UpDownInterface : public QAccessibleWidget, public QAccessibleValueInterface {
+ public:
+  explicit UpDownInterface(UpDownBox* updown) : QAccessibleWidget(updown, QAccessible::SpinBox) {}
+
+  void* interface_cast(QAccessible::InterfaceType type) override {
+    if (type == QAccessible::ValueInterface) return static_cast<QAccessibleValueInterface*>(this);
+    return QAccessibleWidget::interface_cast(type);
+  }
+  QString text(QAccessible::Text t) const override {
+    if (t == QAccessible::Value) return updown()->value.trimmed();
+    return QAccessibleWidget::text(t);
+  }
+  QVariant currentValue() const override {
+    bool number = false;
+    const double value = updown()->value.trimmed().toDouble(&number);
+    return number ? QVariant(value) : QVariant();
+  }
+  void setCurrentValue(const QVariant&) override {}
+  QVariant maximumValue() const override { return {}; }
+  QVariant minimumValue() const override { return {}; }
+  QVariant minimumStepSize() const override { return 1; }
+
+ private:
+  UpDownBox* updown() const { return static_cast<UpDownBox*>(widget()); }
 };
 
 // One tab of the strip. It is no widget, so it holds the strip and its own index.
@@ -188,6 +244,11 @@ class PageTabListInterface : public QAccessibleWidget {
 };
 
 QAccessibleInterface* Factory(const QString&, QObject* object) {
+  // The window over the form is a frame, as a program's main window is.
+  if (object->inherits("ketra::window::FormView")) {
+    return new QAccessibleWidget(static_cast<QWidget*>(object), QAccessible::Window);
+  }
+  if (auto* updown = dynamic_cast<UpDownBox*>(object)) return new UpDownInterface(updown);
   if (auto* option = dynamic_cast<OptionButton*>(object)) return new OptionInterface(option);
   if (auto* strip = dynamic_cast<TabStrip*>(object)) return new PageTabListInterface(strip);
   if (auto* box = qobject_cast<QComboBox*>(object); box && !box->isEditable()) {
@@ -199,5 +260,26 @@ QAccessibleInterface* Factory(const QString&, QObject* object) {
 }  // namespace
 
 void InstallAccessibility() { QAccessible::installFactory(&Factory); }
+
+void AnnounceListEntry(QComboBox* box, const QString& before) {
+  if (!QAccessible::isActive()) return;
+  QAccessibleTextUpdateEvent event(box, 0, before, box->currentText());
+  QAccessible::updateAccessibility(&event);
+}
+
+void AnnounceUpDownValue(UpDownBox* updown) {
+  if (!QAccessible::isActive()) return;
+  QAccessibleValueChangeEvent event(updown, updown->value.trimmed());
+  QAccessible::updateAccessibility(&event);
+}
+
+void AnnounceShownTab(TabStrip* strip) {
+  if (!QAccessible::isActive() || !strip->hasFocus()) return;
+  QAccessibleInterface* list = QAccessible::queryAccessibleInterface(strip);
+  QAccessibleInterface* tab = list ? list->child(strip->currentIndex()) : nullptr;
+  if (!tab) return;
+  QAccessibleEvent event(tab, QAccessible::Focus);
+  QAccessible::updateAccessibility(&event);
+}
 
 }  // namespace ketra::window

@@ -74,7 +74,10 @@ FormView::FormView(forms::Form& form, const PictureSet& pictures, double dpi, QW
   Build();
   form_.SetObserver([this](ControlId id) {
     Apply(id);
-    ApplyFocus();
+    // Within an operation the focus moves once it is over (Perform), when the engine's
+    // handlers are done with the control: a box's GotFocus selects its text before a screen
+    // reader is told of the focus, which then reads the whole text as selected, not a part.
+    if (depth_ == 0) ApplyFocus();
   });
   ApplyAll();
 }

@@ -12,6 +12,7 @@
 #include <QMessageBox>
 #include <QRadioButton>
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <QTimer>
 #include <QToolButton>
 #include <QtTest>
@@ -29,6 +30,7 @@
 #include "tools/ketra-session/json_dump.h"
 #include "tools/ketra-session/session.h"
 #include "window/bitmap_image.h"
+#include "window/focus_mark_style.h"
 #include "window/form_view.h"
 #include "window/lamp_pictures.h"
 #include "window/qt_message_boxes.h"
@@ -284,6 +286,32 @@ class UserAtWindow {
 
 QImage Rgb(const QImage& image) { return image.convertToFormat(QImage::Format_RGB32); }
 
+// The median contrast of the pixels that differ between `plain` and `marked` against their
+// neighbours in `marked` that do not differ (the least of them for each pixel); 0 for no mark.
+double MedianMarkContrast(const QImage& plain, const QImage& marked) {
+  const auto in_mark = [&](int x, int y) { return plain.pixel(x, y) != marked.pixel(x, y); };
+  std::vector<double> contrasts;
+  for (int y = 0; y < marked.height(); ++y) {
+    for (int x = 0; x < marked.width(); ++x) {
+      if (!in_mark(x, y)) continue;
+      double least = 0;
+      for (const auto& [dx, dy] : {std::pair{-1, 0}, {1, 0}, {0, -1}, {0, 1}}) {
+        const int nx = x + dx;
+        const int ny = y + dy;
+        if (nx < 0 || ny < 0 || nx >= marked.width() || ny >= marked.height() || in_mark(nx, ny)) {
+          continue;
+        }
+        const double c = ContrastRatio(marked.pixelColor(x, y), marked.pixelColor(nx, ny));
+        least = least == 0 ? c : std::min(least, c);
+      }
+      if (least > 0) contrasts.push_back(least);
+    }
+  }
+  if (contrasts.empty()) return 0;
+  std::nth_element(contrasts.begin(), contrasts.begin() + contrasts.size() / 2, contrasts.end());
+  return contrasts[contrasts.size() / 2];
+}
+
 // The widgets show what the engine holds.
 void ExpectViewShowsEngine(const FormView& view, const forms::Form& form) {
   const PictureSet pictures = LampPictures();
@@ -413,7 +441,10 @@ class FormViewTest : public QObject {
   Q_OBJECT
 
  private slots:
-  void initTestCase() { QApplication::setStyle(QStringLiteral("Fusion")); }
+  void initTestCase() {
+    QApplication::setStyle(QStringLiteral("Fusion"));
+    InstallFocusMarks();
+  }
 
   void behavesLikeSession_data() {
     QTest::addColumn<int>("row");
@@ -486,19 +517,47 @@ class FormViewTest : public QObject {
     QVERIFY(run.form().at("OPT_DSB").value && option->state().checked);
   }
 
-  // Every stop in the tab order looks different with the focus than without it (the style's
-  // focus indicator). That a box shows its selection only with the focus is checked after every
-  // step of the rows above.
-  void theFocusIsSeenOnEveryStop() {
+  // Every stop in the tab order shows a focus mark with at least 3:1 contrast against what
+  // surrounds it, in the default palette and a dark one: the mark is the pixels that change when
+  // the control takes the focus, and each of its pixels is compared with its neighbours outside
+  // the mark; a control's figure is the median. That a box shows its selection only with the
+  // focus is checked after every step of the rows above.
+  void everyFocusMarkStandsOut_data() {
+    QTest::addColumn<QPalette>("palette");
+    QTest::newRow("default") << QApplication::style()->standardPalette();
+    QPalette dark;
+    for (const auto& [role, colour] : {std::pair{QPalette::Window, 0x353535},
+                                       {QPalette::WindowText, 0xffffff},
+                                       {QPalette::Base, 0x232323},
+                                       {QPalette::Text, 0xffffff},
+                                       {QPalette::Button, 0x353535},
+                                       {QPalette::ButtonText, 0xffffff},
+                                       {QPalette::Highlight, 0x2a82da},
+                                       {QPalette::HighlightedText, 0xffffff}}) {
+      dark.setColor(role, QColor::fromRgb(static_cast<QRgb>(colour)));
+    }
+    QTest::newRow("dark") << dark;
+  }
+
+  void everyFocusMarkStandsOut() {
+    QFETCH(QPalette, palette);
+    QApplication::setPalette(palette);
+    const auto restore = qScopeGuard([] { QApplication::setPalette(QPalette()); });
     WindowRun run;
     QVERIFY(QTest::qWaitForWindowActive(run.view.get()));  // only an active window has a focus
     UserAtWindow user(run);
     forms::Form& form = run.form();
-    const auto look = [&](forms::ControlId id) {
+    // The control and a few pixels around it, in the window.
+    const auto area = [&](forms::ControlId id) {
       QWidget* shown =
           form.at(id).kind == forms::Kind::kTab ? run.view->tab_strip() : run.view->widget(id);
-      return shown->grab().toImage();
+      return QRect(shown->mapTo(run.view.get(), QPoint(-3, -3)), shown->size() + QSize(6, 6));
     };
+    const auto look = [&](forms::ControlId id) {
+      return run.view->grab(area(id)).toImage().convertToFormat(QImage::Format_RGB32);
+    };
+    QStringList figures;
+    QStringList faint;
     for (const int page : {0, 1}) {
       user.Do("page " + std::to_string(page));
       std::vector<forms::ControlId> stops;
@@ -507,13 +566,25 @@ class FormViewTest : public QObject {
       }
       QVERIFY(stops.size() >= 3);
       for (const forms::ControlId id : stops) {
-        // The engine's own focus move: a click would press the buttons.
+        // The engine's own focus moves (a click would press the buttons), first to a control
+        // whose mark stands away from this one.
+        const auto away = std::find_if(stops.begin(), stops.end(), [&](forms::ControlId other) {
+          return !area(other).intersects(area(id));
+        });
+        QVERIFY(away != stops.end());
+        form.Focus(*away);
+        const QImage plain = look(id);
         form.Focus(id);
-        const QImage focused = look(id);
-        form.Focus(stops.front() == id ? stops.back() : stops.front());
-        QVERIFY2(look(id) != focused, form.at(id).name.c_str());
+        const QImage marked = look(id);
+        const double contrast = MedianMarkContrast(plain, marked);
+        figures << QStringLiteral("%1 %2")
+                       .arg(QString::fromStdString(form.at(id).name))
+                       .arg(contrast, 0, 'f', 1);
+        if (contrast < 3.0) faint << figures.back();
       }
     }
+    qInfo("focus mark contrast: %s", qPrintable(figures.join(QStringLiteral(", "))));
+    QVERIFY2(faint.empty(), qPrintable(faint.join(QStringLiteral(", "))));
   }
 
   // Every control at its geometry in its container (the form at its size); images the size of

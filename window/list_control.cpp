@@ -4,6 +4,7 @@
 #include <QEvent>
 #include <QKeyEvent>
 
+#include "window/accessibility.h"
 #include "window/control_kinds.h"
 
 namespace ketra::window {
@@ -35,7 +36,11 @@ class ListControl : public ControlView {
       combo_->addItems(items);
       shown_items_ = box.items;
     }
-    if (combo_->currentIndex() != box.list_index) combo_->setCurrentIndex(box.list_index);
+    if (combo_->currentIndex() != box.list_index) {
+      const QString before = combo_->currentText();
+      combo_->setCurrentIndex(box.list_index);
+      AnnounceListEntry(combo_, before);
+    }
     // A text that names no entry stands in the box as its placeholder.
     const QString placeholder = box.list_index < 0 ? ToQt(box.text) : QString();
     if (combo_->placeholderText() != placeholder) combo_->setPlaceholderText(placeholder);

@@ -28,6 +28,7 @@
 #include "tools/machine/machine.h"
 #include "window/app_icon.h"
 #include "window/first_frame.h"
+#include "window/focus_mark_style.h"
 #include "window/font_warm_up.h"
 #include "window/form_view.h"
 #include "window/lamp_pictures.h"
@@ -153,6 +154,7 @@ int main(int argc, char** argv) try {
   if (!arguments.Has("style") && qEnvironmentVariableIsEmpty("QT_STYLE_OVERRIDE")) {
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
   }
+  ketra::window::InstallFocusMarks();
   QApplication::setWindowIcon(ketra::window::KetraIcon());
   try {
     load.Finish();

@@ -5,6 +5,7 @@
 #include <QTimer>
 #include <QToolButton>
 
+#include "window/accessibility.h"
 #include "window/control_kinds.h"
 #include "window/frame_box.h"
 #include "window/option_button.h"
@@ -119,7 +120,8 @@ class TimerControl : public ControlView {
   mutable QTimer timer_;
 };
 
-// The up-down control: its arrows are the engine's UpClick and DownClick.
+// The up-down control: its arrows are the engine's UpClick and DownClick. It steps the text box
+// that shares its label, whose text is its value for assistive tools.
 class UpDownControl : public ControlView {
  public:
   UpDownControl(ControlHost& host, ControlId id, QWidget* parent)
@@ -133,14 +135,29 @@ class UpDownControl : public ControlView {
   }
   void Describe(const QString& label) override {
     if (label.isEmpty()) return;
+    for (ControlId other = 1; other < form().size(); ++other) {
+      const Control& box = form().at(other);
+      if (box.kind == forms::Kind::kTextBox && box.named_by == control().named_by) stepped_ = other;
+    }
     updown_->setAccessibleName(QObject::tr("Step %1").arg(label));
     updown_->setAccessibleDescription(QObject::tr("Steps %1 up or down").arg(label));
     updown_->up->setAccessibleName(QObject::tr("%1 up").arg(label));
     updown_->down->setAccessibleName(QObject::tr("%1 down").arg(label));
   }
+  // Runs after every operation too, however the stepped box changed (arrows, typing, program).
+  void Apply(const Control&) override {
+    if (stepped_ == forms::kNoControl) return;
+    const QString value = ToQt(form().at(stepped_).text);
+    if (shown_ && updown_->value == value) return;
+    updown_->value = value;
+    if (shown_) AnnounceUpDownValue(updown_);
+    shown_ = true;
+  }
 
  private:
   UpDownBox* updown_;
+  ControlId stepped_ = forms::kNoControl;
+  bool shown_ = false;
 };
 
 }  // namespace

@@ -21,6 +21,7 @@ class TabControl : public ControlView {
     strip_->setFocusPolicy(Qt::NoFocus);
     strip_->setGeometry(QRect(QPoint(0, 0), strip_->sizeHint()));
     view->SetStrip(strip_);
+    strip_->setAccessibleName(QObject::tr("Pages"));
     strip_->on_tab_clicked = [this](int page) {
       if (host_.Listening()) Perform([this, page] { form().ShowPage(page); });
     };

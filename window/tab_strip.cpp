@@ -4,8 +4,11 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QStyle>
+#include <QStyleOptionFocusRect>
 #include <QStyleOptionTab>
 #include <algorithm>
+
+#include "window/accessibility.h"
 
 namespace ketra::window {
 
@@ -33,6 +36,12 @@ void TabStrip::setCurrentIndex(int index) {
   if (current_ == index) return;
   current_ = index;
   update();
+  AnnounceShownTab(this);
+}
+
+void TabStrip::focusInEvent(QFocusEvent*) {
+  update();
+  AnnounceShownTab(this);
 }
 
 int TabStrip::tabAt(const QPoint& point) const {
@@ -69,7 +78,15 @@ void TabStrip::paintEvent(QPaintEvent*) {
   for (int index = 0; index < count(); ++index) {
     if (index != current_) draw(index);
   }
-  if (current_ >= 0 && current_ < count()) draw(current_);
+  if (current_ < 0 || current_ >= count()) return;
+  draw(current_);
+  // The focus frame inside the tab shown, as a tab bar draws it.
+  if (hasFocus()) {
+    QStyleOptionFocusRect focus;
+    focus.initFrom(this);
+    focus.rect = tabRect(current_).adjusted(3, 3, -3, -1);
+    style()->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, &painter, this);
+  }
 }
 
 void TabStrip::mousePressEvent(QMouseEvent* event) {

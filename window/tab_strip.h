@@ -5,7 +5,8 @@
 // laid out for a number of tabs a row), at least as wide as its caption.
 //
 // It never changes its own page: a click on a tab (the one shown too) calls `on_tab_clicked`,
-// and the page shown is set from outside. GUI thread only.
+// and the page shown is set from outside. With the focus, the tab shown is the focus of
+// assistive tools. GUI thread only.
 #ifndef KETRA_WINDOW_TAB_STRIP_H_
 #define KETRA_WINDOW_TAB_STRIP_H_
 
@@ -34,7 +35,7 @@ class TabStrip : public QWidget {
  protected:
   void paintEvent(QPaintEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
-  void focusInEvent(QFocusEvent*) override { update(); }
+  void focusInEvent(QFocusEvent*) override;
   void focusOutEvent(QFocusEvent*) override { update(); }
 
  private:

@@ -1,6 +1,7 @@
 // UpDownBox: the up-down control, an up arrow above a down arrow. The arrows never take the
 // focus; the box does, from the engine, and then draws the style's focus frame around them. Owns
-// its two arrows (child widgets). GUI thread only.
+// its two arrows (child widgets). Assistive tools read it as a spin button whose value is
+// `value`, the text of the box it steps, kept up to date by its ControlView. GUI thread only.
 #ifndef KETRA_WINDOW_UP_DOWN_BOX_H_
 #define KETRA_WINDOW_UP_DOWN_BOX_H_
 
@@ -15,6 +16,7 @@ class UpDownBox : public QWidget {
 
   QToolButton* up;
   QToolButton* down;
+  QString value;  // the stepped box's text; empty when it steps none
 
  protected:
   void resizeEvent(QResizeEvent* event) override;
