@@ -8,7 +8,7 @@ packages=(
   libgtest-dev libbenchmark-dev
   qt6-base-dev libgl-dev libfontconfig-dev
   fonts-dejavu-core fonts-liberation python3 socat xvfb xauth ccache
-  dbus-daemon dbus-bin at-spi2-core python3-pyatspi
+  dbus-daemon dbus-bin at-spi2-core python3-pyatspi xdotool
   libsystemd-dev python3-serial
   tshark prometheus
 )

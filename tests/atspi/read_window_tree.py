@@ -3,8 +3,11 @@
 
 Run inside a D-Bus session and an X server (run_atspi.sh does both): starts the accessibility
 bus, starts `ketra` on a hive with three ports, finds the application on the AT-SPI desktop and
-checks the names and roles of the controls a user works with. Exit status 77 (skip) only when the
-accessibility bus cannot be started; 0 when every check holds; 1 otherwise.
+checks the names, roles and values of the controls a user works with; then works the window from
+the keyboard (xdotool) and checks what a screen reader is told: the focus on each tab and the
+port list, each new port and page, the up-down control's new value, and a text box entered by
+Tab with its whole text selected when its focus is announced. Exit status 77 (skip) only when
+the accessibility bus cannot be started; 0 when every check holds; 1 otherwise.
 """
 import argparse
 import os
@@ -38,12 +41,13 @@ EXPECTED = [
     ("radio button", "Disable"),
     ("radio button", "Hardware Flow Control"),
     ("radio button", "Software Flow Control"),
-    ("page tab list", ""),
+    ("frame", "Ketra_v1.4.2"),
+    ("page tab list", "Pages"),
     ("page tab", "Config"),
     ("page tab", "Status"),
     ("push button", "Apply"),
     ("text", "Monitor Interval"),
-    ("filler", "Step Monitor Interval"),
+    ("spin button", "Step Monitor Interval"),
     ("push button", "Monitor Interval up"),
     ("image", "VSP1: green"),
     ("image", "VSP3: red"),
@@ -93,6 +97,91 @@ def walk(node, depth=0):
         child = node.getChildAtIndex(index)
         if child is not None:
             yield from walk(child, depth + 1)
+
+
+class Announcements:
+    """The events a screen reader hears, as (kind, role, name, detail) in order."""
+
+    def __init__(self, pyatspi):
+        self.pyatspi = pyatspi
+        self.heard = []
+        pyatspi.Registry.registerEventListener(
+            self.on_event, "object:state-changed:focused", "object:text-changed:insert",
+            "object:property-change:accessible-value")
+
+    def on_event(self, event):
+        source = event.source
+        try:
+            role, name = source.getRoleName(), source.name
+        except Exception:  # the object went away
+            return
+        if event.type.startswith("object:state-changed:focused"):
+            if not event.detail1:
+                return
+            detail = ""
+            if role == "text":  # the selection as the focus is announced: "3000 selected"
+                text = source.queryText()
+                start, end = text.getSelection(0) if text.getNSelections() else (0, 0)
+                detail = "%s selected" % text.getText(start, end) if end > start else ""
+            self.heard.append(("focus", role, name, detail))
+        elif event.type.startswith("object:text-changed:insert"):
+            self.heard.append(("text", role, name, event.any_data))
+        else:
+            self.heard.append(("value", role, name, str(source.queryValue().currentValue)))
+
+    def pump(self, seconds):
+        from gi.repository import GLib
+        deadline = time.time() + seconds
+        while time.time() < deadline:
+            GLib.MainContext.default().iteration(False)
+            time.sleep(0.01)
+
+    def keys(self, window_id, *keys):
+        for key in keys:
+            subprocess.run(["xdotool", "key", "--window", window_id, key], check=True)
+            self.pump(0.15)
+
+    def wait_for(self, expected, since, seconds=5):
+        """Whether `expected` is heard in order after index `since` (others may come between)."""
+        deadline = time.time() + seconds
+        while True:
+            position = 0
+            for item in self.heard[since:]:
+                if position < len(expected) and expected[position](item):
+                    position += 1
+            if position == len(expected) or time.time() > deadline:
+                return position == len(expected)
+            self.pump(0.05)
+
+
+def heard_as(*want):
+    return lambda item: item == want
+
+
+# Keys from the start (the focus on the tab strip), and what must be heard for them in order.
+# The form's tab order runs from the port list to the parts of the address, then to the strip.
+KEY_STEPS = [
+    (["Right"], [heard_as("focus", "page tab", "Status", "")]),
+    (["Left"], [heard_as("focus", "page tab", "Config", "")]),
+    (["shift+Tab"] * 4, [heard_as("focus", "combo box", "VCOM Port", "")]),
+    (["Down"], [heard_as("text", "combo box", "VCOM Port", "COM4")]),
+    # The whole text selected as the focus is told, not a part of it ("16 selected" for 168).
+    (["Tab"], [heard_as("focus", "text", "IP Address Of BGAN part 2", "168 selected")]),
+    (["Tab", "Tab", "Tab", "Right"], [heard_as("focus", "page tab", "Status", "")]),
+    (["Tab"] * 3, [heard_as("focus", "spin button", "Step Monitor Interval", "")]),
+    (["Up"], [lambda item: item[:3] == ("value", "spin button", "Step Monitor Interval")]),
+]
+
+
+def check_announcements(heard, window_id):
+    failures = []
+    for keys, expected in KEY_STEPS:
+        before = len(heard.heard)
+        heard.keys(window_id, *keys)
+        if not heard.wait_for(expected, before):
+            failures.append("after %s: not heard as expected: %r" % (" ".join(keys),
+                                                                     heard.heard[before:]))
+    return failures
 
 
 def main():
@@ -161,6 +250,27 @@ def main():
             if node.getRoleName() == "radio button" and node.name == "Enable":
                 if not node.getState().contains(pyatspi.STATE_CHECKED):
                     failures.append("Enable is not checked")
+        # The port list's value is its entry, read as its text.
+        combo = [n for n, _ in walk(app) if n.getRoleName() == "combo box"][0]
+        text = combo.queryText()
+        if text.getText(0, text.characterCount) != "COM3":
+            failures.append("the port list's text is %r, not COM3" % text.getText(0, -1))
+        # Announcements, from the keyboard.
+        heard = Announcements(pyatspi)
+        found = subprocess.run(["xdotool", "search", "--sync", "--onlyvisible", "--name", "Ketra"],
+                               capture_output=True, text=True, check=True)
+        window_id = found.stdout.split()[0]
+        subprocess.run(["xdotool", "windowfocus", "--sync", window_id], check=True)
+        heard.wait_for([heard_as("focus", "page tab", "Config", "")], 0)
+        spin = [n for n, _ in walk(app) if n.getRoleName() == "spin button"][0]
+        start = spin.queryValue().currentValue
+        failures += check_announcements(heard, window_id)
+        if spin.queryValue().currentValue != start + 1:
+            failures.append("the up-down control's value is %r after Up from %r"
+                            % (spin.queryValue().currentValue, start))
+        if args.show_tree:
+            for item in heard.heard:
+                print("heard %s %s %r %r" % item)
     finally:
         window.terminate()
         try:
@@ -171,7 +281,8 @@ def main():
     for failure in failures:
         print("FAIL: " + failure)
     if not failures:
-        print("ok   %d names and roles read through AT-SPI" % len(EXPECTED))
+        print("ok   %d names and roles, %d keyboard steps heard through AT-SPI"
+              % (len(EXPECTED), len(KEY_STEPS)))
     return 1 if failures else 0
 
 

@@ -5,7 +5,7 @@
 set -euo pipefail
 here="$(cd "$(dirname "$0")" && pwd)"
 bin="$1"
-for tool in dbus-run-session xvfb-run; do
+for tool in dbus-run-session xvfb-run xdotool; do
   command -v "$tool" >/dev/null || { echo "SKIP: $tool is not installed"; exit 77; }
 done
 exec dbus-run-session -- xvfb-run -a -s "-screen 0 1024x768x24 -dpi 96" \
