@@ -60,12 +60,76 @@ class OptionInterface : public QAccessibleWidget {
   QRadioButton* button() const { return static_cast<QRadioButton*>(widget()); }
 };
 
+// One entry of a drop-down list. It is no widget, so it holds the list and its own index. The
+// entry shown takes the focus of assistive tools when the arrows change it, as an item of an
+// open list does: screen readers speak a focused item, not a list's new text.
+class EntryInterface : public QAccessibleInterface {
+ public:
+  EntryInterface(QComboBox* box, int index) : box_(box), index_(index) {}
+
+  bool isValid() const override { return !box_.isNull() && index_ < box_->count(); }
+  QObject* object() const override { return nullptr; }
+  QWindow* window() const override { return parent() ? parent()->window() : nullptr; }
+  QAccessibleInterface* focusChild() const override { return nullptr; }
+  QAccessibleInterface* childAt(int, int) const override { return nullptr; }
+  QAccessibleInterface* parent() const override {
+    return QAccessible::queryAccessibleInterface(box_.data());
+  }
+  QAccessibleInterface* child(int) const override { return nullptr; }
+  int childCount() const override { return 0; }
+  int indexOfChild(const QAccessibleInterface*) const override { return -1; }
+  QString text(QAccessible::Text t) const override {
+    return isValid() && t == QAccessible::Name ? box_->itemText(index_) : QString();
+  }
+  void setText(QAccessible::Text, const QString&) override {}
+  QRect rect() const override {
+    return isValid() ? QRect(box_->mapToGlobal(QPoint(0, 0)), box_->size()) : QRect();
+  }
+  QAccessible::Role role() const override { return QAccessible::ListItem; }
+  QAccessible::State state() const override {
+    QAccessible::State state;
+    if (!isValid()) return state;
+    const bool shown = box_->currentIndex() == index_;
+    state.selectable = true;
+    state.focusable = true;
+    state.selected = shown;
+    state.focused = shown && box_->hasFocus();
+    state.invisible = !shown || !box_->isVisible();
+    return state;
+  }
+
+ private:
+  QPointer<QComboBox> box_;
+  int index_;
+};
+
 // The drop-down list: named by its label, its value the entry shown, which is also its text
 // (read-only), so that a screen reader speaks it with the name, and a new entry as new text.
 // (Qt names a list by the entry it shows on Linux, where a label's relation is meant to name it.)
 class ListInterface : public QAccessibleWidget, public QAccessibleTextInterface {
  public:
   explicit ListInterface(QComboBox* box) : QAccessibleWidget(box, QAccessible::ComboBox) {}
+  ~ListInterface() override {
+    for (const QAccessible::Id id : entries_) QAccessible::deleteAccessibleInterface(id);
+  }
+
+  int childCount() const override { return box()->count(); }
+  QAccessibleInterface* child(int index) const override {
+    if (index < 0 || index >= box()->count()) return nullptr;
+    while (static_cast<int>(entries_.size()) <= index) {
+      auto* entry = new EntryInterface(box(), static_cast<int>(entries_.size()));
+      entries_.push_back(QAccessible::registerAccessibleInterface(entry));
+    }
+    return QAccessible::accessibleInterface(entries_[static_cast<size_t>(index)]);
+  }
+  int indexOfChild(const QAccessibleInterface* child) const override {
+    for (size_t index = 0; index < entries_.size(); ++index) {
+      if (QAccessible::accessibleInterface(entries_[index]) == child)
+        return static_cast<int>(index);
+    }
+    return -1;
+  }
+  QAccessibleInterface* childAt(int, int) const override { return nullptr; }
 
   void* interface_cast(QAccessible::InterfaceType type) override {
     if (type == QAccessible::TextInterface) return static_cast<QAccessibleTextInterface*>(this);
@@ -118,6 +182,8 @@ class ListInterface : public QAccessibleWidget, public QAccessibleTextInterface 
 
  private:
   QComboBox* box() const { return static_cast<QComboBox*>(widget()); }
+
+  mutable std::vector<QAccessible::Id> entries_;
 };
 
 // The up-down control: a spin button whose value is the box it steps. The value is set by the
@@ -265,6 +331,12 @@ void AnnounceListEntry(QComboBox* box, const QString& before) {
   if (!QAccessible::isActive()) return;
   QAccessibleTextUpdateEvent event(box, 0, before, box->currentText());
   QAccessible::updateAccessibility(&event);
+  if (!box->hasFocus()) return;
+  QAccessibleInterface* list = QAccessible::queryAccessibleInterface(box);
+  if (QAccessibleInterface* entry = list ? list->child(box->currentIndex()) : nullptr) {
+    QAccessibleEvent focus(entry, QAccessible::Focus);
+    QAccessible::updateAccessibility(&focus);
+  }
 }
 
 void AnnounceUpDownValue(UpDownBox* updown) {
