@@ -625,6 +625,16 @@ class FormViewTest : public QObject {
     }
   }
 
+  // No option's caption is cut, whatever the font (the suite runs this also with DejaVu alone).
+  void everyOptionShowsItsWholeCaption() {
+    WindowRun run;
+    for (forms::ControlId id = 1; id < run.form().size(); ++id) {
+      if (run.form().at(id).kind != forms::Kind::kOption) continue;
+      QWidget* option = run.view->widget(id);
+      QVERIFY2(option->sizeHint().width() <= option->width(), run.form().at(id).name.c_str());
+    }
+  }
+
   // Caret keys, Delete and the clipboard keys have no session command; they reach the engine as
   // its selection and as Backspace and Paste.
   void keysInATextBoxGoThroughTheEngine() {

@@ -4,6 +4,7 @@
 #include <QPushButton>
 #include <QTimer>
 #include <QToolButton>
+#include <algorithm>
 
 #include "window/accessibility.h"
 #include "window/control_kinds.h"
@@ -63,13 +64,26 @@ class ButtonControl : public ControlView {
   }
   void Apply(const Control& button) override {
     const QString caption = ToQt(button.caption);
-    if (button_->text() != caption) button_->setText(caption);
+    if (button_->text() != caption) {
+      button_->setText(caption);
+      if (button.kind == forms::Kind::kOption) FitCaption();
+    }
     if (button.kind == forms::Kind::kOption && button_->isChecked() != button.value) {
       button_->setChecked(button.value);
     }
   }
 
  private:
+  // An option whose caption is wider than its place in the layout (with DejaVu Sans alone,
+  // "Hardware Flow Control" lost its last letters) grows to the right as far as its container
+  // allows; with the fonts the layout was made for it keeps the layout's width.
+  void FitCaption() {
+    const int needed = button_->sizeHint().width();
+    const QWidget* container = button_->parentWidget();
+    if (needed <= button_->width() || !container) return;
+    button_->resize(std::min(needed, container->width() - button_->x() - 2), button_->height());
+  }
+
   QAbstractButton* button_;
 };
 
