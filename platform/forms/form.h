@@ -118,6 +118,10 @@ class Form {
   [[noreturn]] void Close();  // the user closes the window: unloads the form
 
   ControlId focus() const { return focus_; }
+  // The controls Tab visits, in rising TabIndex: those that can take the focus, an option group
+  // standing as one stop (its selected option, or its first when none is). A native window
+  // marks these as its dialog manager's tab stops.
+  std::vector<ControlId> TabStops() const;
   int page() const;  // the page shown of the form's tab control, 0 if it has none
 
  private:
@@ -130,8 +134,6 @@ class Form {
   void Require(ControlId id, Kind kind, std::string_view action) const;
   // Whether the control fills a page of a tab control that another page hides.
   bool OnHiddenPage(const Control& control) const;
-  // The controls Tab visits, in rising TabIndex.
-  std::vector<ControlId> TabStops() const;
   // The stop `step` places before (-1) or after (+1) the focus in tab order, wrapping.
   ControlId NextStop(int step) const;
   // The options of `option`'s group that are in reach, in tab order.
