@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
-# CI: the Windows build. Cross-builds ketra-session.exe, ketra-reg.exe and the unit tests with
-# Debian's mingw-w64, then runs under Wine (CTest's emulator) the unit tests that need no POSIX
-# and every end-to-end session script of tests/session/, each on a copy of one prepared prefix
-# with its wineserver of its own, against the system registry. Last it packs the user's zip.
+# CI: the Windows build. Cross-builds ketra.exe, ketra-session.exe, ketra-reg.exe and the unit
+# tests with Debian's mingw-w64, then runs under Wine (CTest's emulator) the unit tests that need
+# no POSIX and every end-to-end session script of tests/session/, each on a copy of one prepared
+# prefix with its wineserver of its own, against the system registry; and the window itself
+# under a virtual X server of its own (window.win32_steps), driven by tests/win32's table against
+# ketra-session.exe. Last it packs the user's zip.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -10,10 +12,14 @@ packages=(
   cmake ninja-build python3 zip
   g++-mingw-w64-x86-64-posix wine64
   nlohmann-json3-dev libcli11-dev libgtest-dev libgmock-dev
+  # The window's test: a virtual X server of its own (xvfb-run needs xauth). It reads the
+  # screen through Win32 itself, so no X tools are needed.
+  xvfb xauth
 )
 scripts/install-packages.sh "${packages[@]}"
 
-# Console programs only: no display, no Wine dialogs (no Mono or Gecko installer), no debug chatter.
+# No display: the console programs need none, and the window's test starts an X server of its
+# own through xvfb-run. No Wine dialogs (no Mono or Gecko installer), no debug chatter.
 unset DISPLAY WAYLAND_DISPLAY
 export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
 

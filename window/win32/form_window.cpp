@@ -134,6 +134,7 @@ void FormWindow::Build(HINSTANCE instance) {
   shown_items_.assign(size, {});
   shown_pictures_.assign(size, forms::Picture::kNone);
   timers_running_.assign(size, false);
+  clipped_out_.assign(size, false);
   const std::vector<ControlId> order = NativeOrder(form_);
   HWND above = HWND_TOP;
   for (std::size_t index = 0; index < order.size(); ++index) {
@@ -142,6 +143,7 @@ void FormWindow::Build(HINSTANCE instance) {
                                     StartsGroup(form_, order, index), font_.get());
     if (hwnd == nullptr) continue;
     windows_[static_cast<std::size_t>(id)] = hwnd;
+    ClipToContainers(id, hwnd);
     // Creation order is the z-order, top first; said outright rather than trusted.
     SetWindowPos(hwnd, above, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
     above = hwnd;
@@ -167,6 +169,27 @@ void FormWindow::Run() {
       DispatchMessageA(&message);
     }
   }
+}
+
+void FormWindow::ClipToContainers(ControlId id, HWND hwnd) {
+  const PixelRect laid = ClientRect(form_, id, dpi_);
+  const PixelRect visible = VisibleRect(form_, id, dpi_);
+  if (visible.width() == 0) {
+    clipped_out_[static_cast<std::size_t>(id)] = true;
+    return;
+  }
+  // Frames and the tab control hold their contents; the drop-down list's window reaches below
+  // its box for the list, which is a window of its own.
+  const forms::Kind kind = form_.at(id).kind;
+  if (kind == Kind::kComboBox || kind == Kind::kImage) return;
+  if (visible.left == laid.left && visible.top == laid.top && visible.right == laid.right &&
+      visible.bottom == laid.bottom) {
+    return;
+  }
+  SetWindowRgn(hwnd,
+               CreateRectRgn(visible.left - laid.left, visible.top - laid.top,
+                             visible.right - laid.left, visible.bottom - laid.top),
+               FALSE);
 }
 
 // --- The dialog. ---
@@ -394,8 +417,20 @@ LRESULT FormWindow::OnTextBoxMessage(ControlId id, HWND hwnd, UINT message, WPAR
   }
   const LRESULT result = DefSubclassProc(hwnd, message, wparam, lparam);
   // Shift with the arrows, the mouse, the context menu's Select All: the box moved its caret or
-  // selection itself, and the engine learns it.
-  PushSelection(id, hwnd);
+  // selection itself, and the engine learns it. Not on other messages: the focus leaving the
+  // box must not bring it back.
+  switch (message) {
+    case WM_KEYDOWN:
+    case WM_LBUTTONDOWN:
+    case WM_LBUTTONUP:
+    case WM_LBUTTONDBLCLK:
+    case WM_MOUSEMOVE:
+    case WM_CONTEXTMENU:
+      PushSelection(id, hwnd);
+      break;
+    default:
+      break;
+  }
   return result;
 }
 
@@ -599,7 +634,7 @@ void FormWindow::ApplyStructure() {
     if (((style & WS_TABSTOP) != 0) != stop) {
       SetWindowLongPtrA(hwnd, GWL_STYLE, stop ? style | WS_TABSTOP : style & ~LONG_PTR{WS_TABSTOP});
     }
-    const bool shown = Shown(form_, id);
+    const bool shown = Shown(form_, id) && !clipped_out_[static_cast<std::size_t>(id)];
     if (((style & WS_VISIBLE) != 0) != shown) ShowWindow(hwnd, shown ? SW_SHOWNA : SW_HIDE);
   }
 }

@@ -57,6 +57,8 @@ class FormWindow {
 
   void Build(HINSTANCE instance);
   forms::ControlId ControlOf(WPARAM command) const;
+  // A control laid out past the edge of a frame around it is cut there, or never shown.
+  void ClipToContainers(forms::ControlId id, HWND hwnd);
 
   // Runs one user operation: catches the end of the program and failures, then shows the
   // engine's state again, and runs the ticks that came while a message box was open.
@@ -84,6 +86,7 @@ class FormWindow {
   std::vector<std::vector<std::string>> shown_items_;  // combo boxes: the entries shown
   std::vector<forms::Picture> shown_pictures_;         // images: the picture shown
   std::vector<bool> timers_running_;                   // timers: whether SetTimer runs
+  std::vector<bool> clipped_out_;                      // controls that their containers hide whole
   int depth_ = 0;          // user operations under way (a message box nests inside one)
   bool applying_ = false;  // the engine's state is being put on a control
   bool ended_ = false;

@@ -1,5 +1,7 @@
 #include "window/win32/layout_pixels.h"
 
+#include <algorithm>
+
 namespace ketra::window::win32 {
 
 int TwipsToPixels(int twips, int dpi) {
@@ -23,6 +25,20 @@ PixelRect ClientRect(const forms::Form& form, forms::ControlId id, int dpi) {
   }
   return {TwipsToPixels(left, dpi), TwipsToPixels(top, dpi),
           TwipsToPixels(left + control.width, dpi), TwipsToPixels(top + control.height, dpi)};
+}
+
+PixelRect VisibleRect(const forms::Form& form, forms::ControlId id, int dpi) {
+  PixelRect visible = ClientRect(form, id, dpi);
+  for (forms::ControlId outer = form.at(id).container; outer != forms::kNoControl;
+       outer = form.at(outer).container) {
+    const PixelRect container = ClientRect(form, outer, dpi);
+    visible.left = std::max(visible.left, container.left);
+    visible.top = std::max(visible.top, container.top);
+    visible.right = std::min(visible.right, container.right);
+    visible.bottom = std::min(visible.bottom, container.bottom);
+  }
+  if (visible.right <= visible.left || visible.bottom <= visible.top) return {};
+  return visible;
 }
 
 bool Shown(const forms::Form& form, forms::ControlId id) {

@@ -26,6 +26,11 @@ int TwipsToPixels(int twips, int dpi);
 // client area (its left and top are the design position on the screen, not an offset).
 PixelRect ClientRect(const forms::Form& form, forms::ControlId id, int dpi);
 
+// The part of the control's rectangle that its containers leave to be seen: a container clips
+// what it holds, so a control laid out past its frame's edge is cut there, or not seen at all
+// (then the rectangle is empty).
+PixelRect VisibleRect(const forms::Form& form, forms::ControlId id, int dpi);
+
 // Whether a control is on the screen: it and every container up to the form visible, and none
 // of them on a page of a tab control that another page hides.
 bool Shown(const forms::Form& form, forms::ControlId id);

@@ -53,8 +53,11 @@ HWND CreateNativeControl(const forms::Form& form, forms::ControlId id, HWND dial
   const forms::Control& control = form.at(id);
   const WindowKind kind = KindOf(control);
   if (kind.class_name == nullptr) return nullptr;
-  const bool has_caption = forms::HasCaption(control.kind);
-  const std::string text = has_caption ? control.caption : std::string();
+  // The up-down control shows no text: its window text is its label's, for assistive tools.
+  std::string text = forms::HasCaption(control.kind) ? control.caption : std::string();
+  if (control.kind == Kind::kUpDown && control.named_by != forms::kNoControl) {
+    text = form.at(control.named_by).caption;
+  }
   int height = rect.height();
   if (control.kind == Kind::kComboBox) height += kListEntries * rect.height();
   const DWORD style = WS_CHILD | kind.style | (starts_group ? WS_GROUP : 0);
