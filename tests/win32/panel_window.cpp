@@ -5,7 +5,7 @@
 #include <array>
 #include <cstdlib>
 
-#include "config_appl/form/form1_layout.h"
+#include "config_appl/form1/form1_layout.h"
 #include "window/win32/layout_pixels.h"
 #include "window/win32/native_controls.h"
 

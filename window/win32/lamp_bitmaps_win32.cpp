@@ -4,7 +4,7 @@
 #include <cstring>
 #include <vector>
 
-#include "config_appl/form/lamp_bitmaps.h"
+#include "config_appl/form1/lamp_bitmaps.h"
 
 namespace ketra::window::win32 {
 namespace {

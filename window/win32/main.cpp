@@ -10,7 +10,7 @@
 #include <memory>
 #include <string>
 
-#include "config_appl/model/program.h"
+#include "config_appl/app/program.h"
 #include "tools/machine/machine.h"
 #include "window/win32/form_window.h"
 #include "window/win32/message_boxes_win32.h"
