@@ -4,7 +4,8 @@
 # no POSIX and every end-to-end session script of tests/session/, each on a copy of one prepared
 # prefix with its wineserver of its own, against the system registry; and the window itself
 # under a virtual X server of its own (window.win32_steps), driven by tests/win32's table against
-# ketra-session.exe. Last it packs the user's zip.
+# ketra-session.exe. Last it packs the user's zip and builds the installer, and installs,
+# upgrades and uninstalls it under Wine.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -15,6 +16,8 @@ packages=(
   # The window's test: a virtual X server of its own (xvfb-run needs xauth). It reads the
   # screen through Win32 itself, so no X tools are needed.
   xvfb xauth
+  # The installer: msitools' wixl builds the .msi on Linux.
+  wixl msitools
 )
 scripts/install-packages.sh "${packages[@]}"
 
@@ -27,3 +30,11 @@ cmake --preset windows
 cmake --build --preset windows -j "$(nproc)"
 ctest --preset windows -j "$(nproc)"
 scripts/windows-zip.sh build-windows
+
+# The installer, installed, upgraded in place by a newer package and uninstalled under Wine.
+msi=$(scripts/windows-installer.sh build-windows)
+version=$(basename "$msi" | sed 's/^ketra-\(.*\)-x64\.msi$/\1/')
+newer=$(KETRA_MSI_VERSION=$(awk -F. -v OFS=. '{ $NF += 1; print }' <<<"$version") \
+        scripts/windows-installer.sh build-windows)
+xvfb-run -a -s "-screen 0 1024x768x24" tests/win32/msi_test.sh build-windows "$msi" "$newer"
+rm -f "$newer"
