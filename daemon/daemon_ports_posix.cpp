@@ -50,6 +50,9 @@ void Daemon::MakePorts() {
       store_.KeepPty(changed.name(), changed.io().pty_fd(), /*replaced=*/true);
     });
     open_watch_.Add(port->pty_path(), [port](bool closed) { port->DeviceTouched(closed); });
+    // A program may have come and gone while no daemon watched (a restart), leaving its state;
+    // told now, when a pty replaced for it reaches the store and the watch.
+    port->DeviceTouched(/*closed_after_writing=*/true);
     loss_logs_.emplace_back();
   }
   store_.DropLeftovers();

@@ -40,12 +40,7 @@ VirtualPort::VirtualPort(Poller& poller, std::string name, std::unique_ptr<PortI
     // The daemon before may have stopped the terminal; an XON it does not need does no harm.
     if (flow_.software()) SendFlowCharacter(flow_.xon());
   }
-  // A program that came and went while no daemon watched (a restart) left its state behind.
-  if (io_->Held()) {
-    ProgramCame();
-  } else {
-    MakeFresh();
-  }
+  if (io_->Held()) ProgramCame();
   UpdateInterest();
 }
 

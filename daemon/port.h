@@ -97,6 +97,7 @@ class VirtualPort {
   std::uint8_t Disconnect();
   // A program opened the device, or closed it after writing (OpenWatch says so; events merge
   // and the daemon's own opens show too): the port asks the pty whether a program holds it.
+  // Also once at start, as a close: a program may have come and gone while no daemon watched.
   void DeviceTouched(bool closed_after_writing);
   // Takes the kernel's drop count from the socket now, for a status or a loss line: datagrams
   // tell it only when one arrives after the drops, and after a burst that ends in drops none
