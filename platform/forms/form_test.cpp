@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <optional>
 #include <sstream>
 #include <stdexcept>
@@ -44,10 +45,16 @@ constexpr ControlSpec kLayout[] = {
     LayoutRow("Still", Kind::kTimer, "PageB"),
 };
 
+// Leaves "box(TEXT)" in the trace.
 class NoBoxes : public MessageBoxService {
  public:
-  void Show(std::string_view text, MsgBoxStyle) override { shown.emplace_back(text); }
-  std::vector<std::string> shown;
+  explicit NoBoxes(std::vector<std::string>& trace) : trace_(trace) {}
+  void Show(std::string_view text, MsgBoxStyle) override {
+    trace_.push_back("box(" + std::string(text) + ")");
+  }
+
+ private:
+  std::vector<std::string>& trace_;
 };
 
 constexpr std::string_view kEvents[] = {"Load",      "Click", "Change",  "GotFocus",
@@ -65,7 +72,7 @@ Key KeyNamed(std::string_view name) {
 
 // A form of kLayout driven by steps, "verb NAME ARG" with "; " between them:
 //  user actions: click, focus, choose, type, paste, backspace, key, up, down (the up-down
-//    arrows), tick, tab, backtab, page N, close;
+//    arrows), tick, tab, backtab, page N, close, start (Load, then the first stop);
 //  the program's assignments: set (the text), select and clear (an option), enable, disable,
 //    show, hide, item (adds a list entry), selstart, sellength, picture (red), box (a text box's
 //    text and selection, "1[23]4" or "12|").
@@ -143,9 +150,9 @@ class FormTest : public ::testing::Test {
     }
   }
 
-  NoBoxes boxes;
-  std::optional<Form> form;
   std::vector<std::string> trace;
+  NoBoxes boxes{trace};
+  std::optional<Form> form;
 
  private:
   Refusal Do(const std::string& verb, const std::string& name, const std::string& arg) {
@@ -159,6 +166,8 @@ class FormTest : public ::testing::Test {
       form->ShowPage(std::stoi(name));
     } else if (verb == "close") {
       form->Close();
+    } else if (verb == "start") {
+      form->Start();
     } else {
       return DoOn(verb, form->Id(name), arg);
     }
@@ -211,7 +220,8 @@ class FormTest : public ::testing::Test {
 };
 
 TEST(FormLayout, RefusesContainersLaidOutAfterTheirContents) {
-  NoBoxes boxes;
+  std::vector<std::string> trace;
+  NoBoxes boxes(trace);
   const ControlSpec late[] = {LayoutRow("F", Kind::kForm),
                               LayoutRow("Box", Kind::kTextBox, "Frame"),
                               LayoutRow("Frame", Kind::kFrame, "F")};
@@ -451,32 +461,55 @@ TEST_F(FormTest, ReachNamesTheNearestReasonFirst) {
   EXPECT_FALSE(form->CanTakeFocus(form->Id("GroupA")));
 }
 
-TEST_F(FormTest, ALostFocusHandlerSeesTheFocusMovedAndMayShowABox) {
-  std::string seen;
-  Run("focus TxtFree");
-  Record("TxtFree", Notification::kLostFocus, [&] {
-    seen = State("");
-    form->MsgBox("leaving", MsgBoxStyle::kPlain);
-  });
-  Run("focus Btn");
-  EXPECT_EQ(seen, "@Btn");
-  EXPECT_EQ(boxes.shown, std::vector<std::string>{"leaving"});
-}
-
-TEST_F(FormTest, TypingFocusesTheBoxWhoseGotFocusMaySelectAll) {
-  const ControlId box = form->Id("TxtA");
-  Record("TxtA", Notification::kGotFocus, [&] {
-    form->SetSelStart(box, 0);
-    form->SetSelLength(box, static_cast<int>(form->at(box).text.size()));
-  });
-  EXPECT_EQ(Run("type TxtA 7; ?TxtA"), "TxtA.GotFocus TxtA.Change(7) TxtA=7|");
-}
-
-// That typing goes on from where a Change handler left the caret is the guards session's, on the
-// real numeric guard.
-TEST_F(FormTest, TypingStopsWhenAHandlerTakesTheBoxAway) {
-  Record("TxtFree", Notification::kChange, [&] { form->SetEnabled(form->Id("TxtFree"), false); });
-  EXPECT_EQ(Run("type TxtFree 123; ?TxtFree"), "TxtFree.GotFocus TxtFree.Change(1) TxtFree=1|");
+// A handler, on a fresh form: the steps after the setup and the trace they leave ("box(TEXT)" for
+// a message box). That typing goes on from where a Change handler left the caret is the guards
+// session's, on the real numeric guard.
+TEST_F(FormTest, HandlersActInsideTheStepThatRaisedThem) {
+  struct Case {
+    std::string_view what;
+    std::string_view control;
+    Notification notification;
+    std::function<void()> handler;
+    std::string_view setup;
+    std::string_view steps;
+    std::string_view trace;
+  };
+  const Case cases[] = {
+      {"a LostFocus handler sees the focus moved and may show a box", "TxtFree",
+       Notification::kLostFocus,
+       [this] {
+         trace.push_back(State(""));
+         form->MsgBox("leaving", MsgBoxStyle::kPlain);
+       },
+       "focus TxtFree", "focus Btn", "TxtFree.LostFocus @Btn box(leaving) Btn.GotFocus"},
+      {"typing focuses the box, whose GotFocus may select all", "TxtA", Notification::kGotFocus,
+       [this] {
+         form->SetSelStart(form->Id("TxtA"), 0);
+         form->SetSelLength(form->Id("TxtA"), static_cast<int>(form->at("TxtA").text.size()));
+       },
+       "", "type TxtA 7; ?TxtA", "TxtA.GotFocus TxtA.Change(7) TxtA=7|"},
+      {"typing stops when a handler takes the box away", "TxtFree", Notification::kChange,
+       [this] { form->SetEnabled(form->Id("TxtFree"), false); }, "", "type TxtFree 123; ?TxtFree",
+       "TxtFree.GotFocus TxtFree.Change(1) TxtFree=1|"},
+      {"start raises Load, then focuses the first stop", "TestForm", Notification::kLoad,
+       [this] { form->SetEnabled(form->Id("Tabs"), true); }, "disable Tabs", "start; ?",
+       "TestForm.Load Tabs.GotFocus @Tabs"},
+      {"an unload in Load ends the program before the form is shown", "TestForm",
+       Notification::kLoad, [this] { form->Unload(); }, "", "start; ?",
+       "TestForm.Load !unloaded @"},
+      {"an unload ends the program from inside any handler", "Btn", Notification::kClick,
+       [this] {
+         form->Unload();
+         trace.push_back("after");
+       },
+       "", "click Btn", "Btn.GotFocus Btn.Click !unloaded"},
+  };
+  for (const Case& c : cases) {
+    Reset();
+    Run(c.setup);
+    Record(std::string(c.control), c.notification, c.handler);
+    EXPECT_EQ(Run(c.steps), c.trace) << c.what;
+  }
 }
 
 TEST_F(FormTest, TabWalksTheStopsOfTheShownPageInTabIndexOrder) {
@@ -501,28 +534,6 @@ TEST_F(FormTest, TabWalksTheStopsOfTheShownPageInTabIndexOrder) {
   EXPECT_EQ(walk("tab", 3), "TxtB Up Tabs");
   Reset();
   EXPECT_EQ(walk("backtab", 1), "TxtFree");  // with no focus, to the last stop
-}
-
-TEST_F(FormTest, StartRaisesLoadThenFocusesTheFirstStop) {
-  form->SetEnabled(form->Id("Tabs"), false);
-  Record("TestForm", Notification::kLoad, [&] { form->SetEnabled(form->Id("Tabs"), true); });
-  form->Start();
-  EXPECT_EQ(Run("?"), "@Tabs");
-  EXPECT_FALSE(form->unloaded());
-}
-
-TEST_F(FormTest, UnloadEndsTheProgramFromInsideAnyHandler) {
-  Record("TestForm", Notification::kLoad, [&] { form->Unload(); });
-  EXPECT_THROW(form->Start(), ProgramEnded);
-  EXPECT_TRUE(form->unloaded());
-  EXPECT_EQ(Run("?"), "@");  // no focus: the form was never shown
-
-  Reset();
-  Record("Btn", Notification::kClick, [&] {
-    form->Unload();
-    trace.push_back("after");
-  });
-  EXPECT_EQ(Run("click Btn"), "Btn.GotFocus Btn.Click !unloaded");
 }
 
 TEST_F(FormTest, TheObserverHearsEveryPropertyChange) {

@@ -118,12 +118,7 @@ TEST_P(InetTest, NtoaDottedDecimalLowByteFirst) {
       {"0.0.0.0", 0},
       {"10.0.100.7", Addr(10, 0, 100, 7)},
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(GetParam().ntoa(c.address), c.text);
-    if (c.address != kInaddrNone) {
-      EXPECT_EQ(GetParam().addr(c.text), c.address);
-    }
-  }
+  for (const auto& c : cases) EXPECT_EQ(GetParam().ntoa(c.address), c.text);
 }
 
 }  // namespace

@@ -4,20 +4,14 @@
 
 namespace ketra::registry {
 
-void FaultyRegistry::FailWhen(Op op, std::string fragment, Status status, int skip) {
-  rules_.push_back(Rule{op, FoldName(fragment), status, skip});
+void FaultyRegistry::FailWhen(Op op, std::string fragment, Status status) {
+  rules_.push_back(Rule{op, FoldName(fragment), status});
 }
 
 Status FaultyRegistry::Check(Op op, std::string_view name) {
-  ++calls_[static_cast<int>(op)];
   const std::string folded = FoldName(name);
-  for (Rule& rule : rules_) {
-    if (rule.op != op || folded.find(rule.fragment) == std::string::npos) continue;
-    if (rule.skip > 0) {
-      --rule.skip;
-      continue;
-    }
-    return rule.status;
+  for (const Rule& rule : rules_) {
+    if (rule.op == op && folded.find(rule.fragment) != std::string::npos) return rule.status;
   }
   return kErrorSuccess;
 }

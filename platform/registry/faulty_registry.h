@@ -22,10 +22,9 @@ class FaultyRegistry : public Registry, public BatchWriter {
 
   // Operation `op` fails with `status` when the path it names (sub_key for opens and creates,
   // the value name for queries and sets) contains `fragment`, compared without regard to case;
-  // an empty fragment matches all. After `skip` matching calls pass.
-  void FailWhen(Op op, std::string fragment, Status status = kErrorAccessDenied, int skip = 0);
+  // an empty fragment matches all.
+  void FailWhen(Op op, std::string fragment, Status status = kErrorAccessDenied);
   void Clear() { rules_.clear(); }
-  int calls(Op op) const { return calls_[static_cast<int>(op)]; }
 
   Status OpenKey(HKey parent, std::string_view sub_key, HKey* result) override;
   Status OpenKeyEx(HKey parent, std::string_view sub_key, std::uint32_t options, std::uint32_t sam,
@@ -53,14 +52,12 @@ class FaultyRegistry : public Registry, public BatchWriter {
     Op op;
     std::string fragment;
     Status status;
-    int skip;
   };
   // The status of the first rule that fires, or kErrorSuccess.
   Status Check(Op op, std::string_view name);
 
   Registry& inner_;
   std::vector<Rule> rules_;
-  int calls_[4] = {0, 0, 0, 0};
 };
 
 }  // namespace ketra::registry

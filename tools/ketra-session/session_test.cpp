@@ -1,6 +1,5 @@
 #include "tools/ketra-session/session.h"
 
-#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -8,39 +7,23 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "platform/registry/memory_registry.h"
+#include "config_appl/app/program_fixture.h"
 #include "platform/registry/test_registry.h"
-#include "platform/runtime/text_file.h"
 
 namespace ketra::session {
 namespace {
 
 using nlohmann::json;
 
-class FixedApp : public forms::AppServices {
- public:
-  std::string Path() const override { return "/opt/ketra"; }
-  bool PrevInstance() override { return false; }
-};
-
-// A session on an in-memory registry whose device map holds COM3 and COM4.
+// A session on the program fixture's fakes, whose device map holds COM3 and COM4.
 class SessionTest : public ::testing::Test {
  protected:
-  SessionTest() : registry_(registry::MakeMemoryRegistry()) {
-    AddDevice(0, "COM3");
-    AddDevice(1, "COM4");
-  }
-
-  void AddDevice(int device, const std::string& port) {
-    registry::PutValue(*registry_, "HARDWARE\\DEVICEMAP\\SERIALCOMM",
-                       "\\Device\\TesSerial" + std::to_string(device), registry::kRegSz,
-                       port + '\0');
-  }
+  SessionTest() { f_.AddPorts(2); }
 
   // Runs a script through a fresh session and gives back its output lines as JSON.
   std::vector<json> Run(const std::string& script) {
     std::ostringstream out;
-    Session session(Environment{*registry_, app_, files_}, out);
+    Session session(Env(), out);
     std::istringstream in(script);
     session.Run(in);
     return Lines(out.str());
@@ -54,9 +37,9 @@ class SessionTest : public ::testing::Test {
     return lines;
   }
 
-  std::unique_ptr<registry::Registry> registry_;
-  FixedApp app_;
-  runtime::MemoryFileSystem files_;
+  Environment Env() { return Environment{*f_.memory, f_.app, f_.files}; }
+
+  ketra::testing::ProgramFixture f_;
 };
 
 TEST_F(SessionTest, TextsRoundTripBetweenUtf8AndTheProgramsCodePage) {
@@ -73,10 +56,10 @@ TEST_F(SessionTest, TextsRoundTripBetweenUtf8AndTheProgramsCodePage) {
 TEST_F(SessionTest, AFailureNamesTheRoutineTheCommandRan) {
   // A stored XOFF that is no byte stops ShowStoredPort inside the port choice.
   std::ostringstream out;
-  Session session(Environment{*registry_, app_, files_}, out);
+  Session session(Env(), out);
   ASSERT_TRUE(session.Execute("start", 1));
   for (const auto& [name, text] : {std::pair{"FLOWCONTROL", "49"}, {"XOFF", "300"}}) {
-    ASSERT_EQ(registry::SetText(*registry_, "Software\\Tessaron\\VSP\\COM4", name, text),
+    ASSERT_EQ(registry::SetText(*f_.memory, "Software\\Tessaron\\VSP\\COM4", name, text),
               registry::kErrorSuccess);
   }
   ASSERT_TRUE(session.Execute("choose CMB_PORT \"COM4\"", 2));
