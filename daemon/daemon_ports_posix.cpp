@@ -19,6 +19,7 @@ void Daemon::MakePorts() {
   options.link_directory = config_.link_directory;
   options.bind_address = config_.bind_address;
   options.max_datagram = config_.max_datagram;
+  options.scratch = std::make_shared<std::vector<std::uint8_t>>();
   for (const std::string& name : config_.ports) {
     std::unique_ptr<PortIo> io;
     DescriptorStore::Kept kept = store_.Take(name);

@@ -26,7 +26,8 @@ VirtualPort::VirtualPort(Poller& poller, std::string name, std::unique_ptr<PortI
                          const PortOptions& options, std::optional<PortSettings> resumed)
     : poller_(poller), name_(std::move(name)), options_(options), io_(std::move(io)) {
   options_.max_datagram = std::clamp<std::size_t>(options_.max_datagram, 1, kLargestDatagram);
-  buffer_.resize(kLargestDatagram);
+  scratch_ = options_.scratch ? options_.scratch : std::make_shared<std::vector<std::uint8_t>>();
+  if (scratch_->size() < kLargestDatagram) scratch_->resize(kLargestDatagram);
   if (!options_.link_directory.empty()) {
     link_ = PortLink(options_.link_directory, name_, io_->pty_path());
   }
@@ -272,7 +273,7 @@ VirtualPort::Drain VirtualPort::RelayFromPty() {
     if (connected() && flow_.paused()) return Drain::kBlocked;
     if (!to_socket_.empty() && !FlushToSocket()) return Drain::kBlocked;
     std::uint8_t events = 0;
-    const long got = io_->ReadPty(std::span(buffer_.data(), options_.max_datagram), &events);
+    const long got = io_->ReadPty(std::span(scratch_->data(), options_.max_datagram), &events);
     if (events != 0) {
       OnProgramEvents(events);
       continue;
@@ -282,10 +283,11 @@ VirtualPort::Drain VirtualPort::RelayFromPty() {
     const auto size = static_cast<std::size_t>(got);
     if (!connected()) {
       counters_.discarded_bytes += size;
-      if (trace_ != nullptr) Emit(TraceKind::kLostDiscarded, std::span(buffer_.data(), size), size);
+      if (trace_ != nullptr)
+        Emit(TraceKind::kLostDiscarded, std::span(scratch_->data(), size), size);
       continue;
     }
-    to_socket_.assign(buffer_.begin(), buffer_.begin() + got);
+    to_socket_.assign(scratch_->begin(), scratch_->begin() + got);
     if (!FlushToSocket()) return Drain::kBlocked;
   }
   return Drain::kMore;
@@ -357,14 +359,14 @@ void VirtualPort::RelayFromSocket() {
 std::optional<std::span<std::uint8_t>> VirtualPort::ReceiveDatagram(bool* drained) {
   net::Endpoint from;
   std::uint32_t dropped = 0;
-  const long got = io_->ReceiveFrom(buffer_, &from, &dropped);
+  const long got = io_->ReceiveFrom(*scratch_, &from, &dropped);
   if (trace_ != nullptr && dropped_before_ + dropped > counters_.dropped_datagrams) {
     Emit(TraceKind::kLostKernelDrop, {}, dropped_before_ + dropped - counters_.dropped_datagrams);
   }
   counters_.dropped_datagrams = std::max(counters_.dropped_datagrams, dropped_before_ + dropped);
   *drained = got == -EAGAIN;
   if (got < 0) return std::nullopt;
-  const auto datagram = std::span(buffer_.data(), static_cast<std::size_t>(got));
+  const auto datagram = std::span(scratch_->data(), static_cast<std::size_t>(got));
   if (from != settings_->remote) {
     ++counters_.stranger_datagrams;
     counters_.stranger_bytes += static_cast<std::uint64_t>(got);
