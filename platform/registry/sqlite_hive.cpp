@@ -234,6 +234,7 @@ class SqliteStore : public HiveStore {
   bool have_before_commit_ = false;
   bool foreign_ = false;   // the file is another program's database
   bool reported_ = false;  // the line on standard error is written
+  bool broken_ = false;    // the file failed as damaged: the next open starts from scratch
 };
 
 void SqliteStore::Disconnect() {
@@ -259,7 +260,17 @@ void SqliteStore::AfterCommit(Status status) {
 }
 
 Status SqliteStore::Fail(Status status) {
-  if (status == kErrorBadDb) Disconnect();
+  // A file that fails after its header was read (a damaged page, a failing disk) is worth a line
+  // with its path and SQLite's cause; a lock held too long is nobody's fault and says nothing.
+  if (db_ && (status == kErrorBadDb || status == kErrorRegistryIoFailed)) {
+    const int code = sqlite3_extended_errcode(db_.get()) & 0xFF;
+    if (code != SQLITE_OK && code != SQLITE_BUSY && code != SQLITE_LOCKED) {
+      ReportUnusable(std::string("cannot be used: ") + sqlite3_errmsg(db_.get()));
+    }
+  }
+  // Not at once: the failed statement is still to be reset by its caller's ResetOnExit, and a
+  // disconnect would have finalized it under that guard (a damaged hive crashed ketra-reg).
+  if (status == kErrorBadDb) broken_ = true;
   return status;
 }
 
@@ -323,6 +334,10 @@ void SqliteStore::ReportUnusable(const std::string& cause) {
 }
 
 Status SqliteStore::Open(bool for_write) {
+  if (broken_) {
+    broken_ = false;
+    Disconnect();
+  }
   if (db_) {
     if (schema_ready_ || !for_write) return kErrorSuccess;
     return Fail(CheckSchema(true));

@@ -181,6 +181,39 @@ TEST_F(SqliteHiveTest, AFileThatIsNoHiveFailsEveryCallAndStaysAsItWas) {
   }
 }
 
+// A damaged page behind a sound header: the listing that meets it fails, and nothing crashes
+// (the store once finalized the failed statement under its own reset guard).
+TEST_F(SqliteHiveTest, AHiveDamagedBehindItsHeaderFailsWithoutCrashing) {
+  {
+    auto reg = OpenSqliteHive(Hive());
+    for (int i = 0; i < 300; ++i) {
+      HKey key = 0;
+      ASSERT_EQ(reg->CreateKeyEx(kHKeyLocalMachine, "Software\\K" + std::to_string(i), 0, kKeyWrite,
+                                 &key, nullptr),
+                kErrorSuccess);
+      const std::vector<std::uint8_t> data(200, 'x');
+      ASSERT_EQ(reg->SetValueEx(key, "V", kRegSz, data.data(), 200), kErrorSuccess);
+      reg->CloseKey(key);
+    }
+  }  // the last connection's close moves the journal into the file
+  {
+    std::fstream file(Hive(), std::ios::binary | std::ios::in | std::ios::out);
+    file.seekp(static_cast<std::streamoff>(fs::file_size(Hive()) / 2));
+    file << std::string(3000, '\xFF');
+  }
+  auto reg = OpenSqliteHive(Hive());
+  Status status = kErrorSuccess;
+  for (int i = 0; i < 300 && status == kErrorSuccess; ++i) {
+    HKey key = 0;
+    status =
+        reg->OpenKeyEx(kHKeyLocalMachine, "Software\\K" + std::to_string(i), 0, kKeyRead, &key);
+    std::uint32_t size = 0;
+    if (status == kErrorSuccess) status = reg->QueryValueEx(key, "V", nullptr, nullptr, &size);
+    if (key != 0) reg->CloseKey(key);
+  }
+  EXPECT_EQ(status, kErrorBadDb);
+}
+
 TEST_F(SqliteHiveTest, ADirectoryThatCannotBeMadeFailsTheCreate) {
   std::ofstream(dir_.File("plain-file")) << "x";
   const std::string paths[] = {dir_.File("plain-file/ketra/hive.db"),
