@@ -11,7 +11,7 @@ deb=$1
 unit=ketra-vspd.service
 member=ketra-ci-member
 outsider=ketra-ci-outsider
-work=$(mktemp -d /tmp/ketra-checks.XXXXXX)
+work=$(mktemp -d /var/tmp/ketra-checks.XXXXXX)
 chmod 0755 "$work"
 failures=0
 ok() { echo "ok: $*"; }
@@ -157,26 +157,32 @@ else
   ok "$outsider cannot open $link: $(tail -1 "$work/outsider.out" | cut -c1-120)"
 fi
 
-# A program that holds COM3 while something happens to the service; prints its summary.
+# A program that holds COM3 while something happens to the service; prints its summary. It
+# writes its files in a directory of its user's.
+install -d -o "$member" "$work/holder"
 start_holder() {
-  rm -f "$work/stop" "$work/holder.json" "$work/holder.json.progress"
-  runuser -u "$member" -- python3 /ketra-ci/ci/systemd_holder.py "$link" "$work/holder.json" \
+  rm -f "$work/stop" "$work/holder/"*
+  runuser -u "$member" -- python3 /ketra-ci/ci/systemd_holder.py "$link" "$work/holder/holder.json" \
     "$work/stop" 2>"$work/holder.err" &
   holder_pid=$!
   # Under way: lines come back.
   for _ in $(seq 100); do
-    [ "$(cat "$work/holder.json.progress" 2>/dev/null || echo 0)" -ge 5 ] && return 0
+    [ "$(holder_back)" -ge 5 ] && return 0
     sleep 0.1
   done
   bad "the program on $link got nothing back: $(cat "$work/holder.err")"
   return 1
 }
-holder_back() { cat "$work/holder.json.progress" 2>/dev/null || echo 0; }
+holder_back() { cat "$work/holder/holder.json.progress" 2>/dev/null || echo 0; }
+# Sets $summary (not in a subshell: only this shell may wait for the program).
 stop_holder() {
   touch "$work/stop"
   wait "$holder_pid"
   holder_pid=""
-  cat "$work/holder.json" 2>/dev/null || echo '{"errors": "no summary: '"$(tail -1 "$work/holder.err")"'"}'
+  summary=$(cat "$work/holder/holder.json" 2>/dev/null) ||
+    summary=$(python3 -c 'import json,sys; print(json.dumps({"sent": 0, "back": 0, "missing": 0,
+"doubled": 0, "garbage_bytes": 0, "errors": 1, "first_errors": ["no summary: " + sys.argv[1]]}))' \
+      "$(tail -1 "$work/holder.err")")
 }
 # "sent S, back B, missing M, doubled D, errors E" from a summary.
 holder_line() {
@@ -193,13 +199,15 @@ sys.exit(0 if s["errors"]==0 and s["missing"]==0 and s["doubled"]==0 and s["garb
 step "20 restarts with a program holding COM3"
 pts_before=$(readlink "$link")
 if start_holder; then
+  # systemd refuses a sixth start within 10 s (StartLimitBurst=5, StartLimitIntervalSec=10s),
+  # as it would an administrator's: one restart every 2.1 s.
   restart_failures=0
   for i in $(seq 20); do
     systemctl restart "$unit" || restart_failures=$((restart_failures + 1))
-    sleep 0.3
+    sleep 2.1
   done
   sleep 1
-  summary=$(stop_holder)
+  stop_holder
   if [ $restart_failures -eq 0 ] && holder_clean "$summary"; then
     ok "20 systemctl restarts: the program went on: $(holder_line "$summary")"
   else
@@ -215,10 +223,15 @@ fi
 
 step "an upgrade (dpkg -i of the same package) with a program holding COM3"
 if start_holder; then
+  before=$(show MainPID)
   dpkg -i "$deb" >"$work/upgrade.log" 2>&1 || bad "dpkg -i (upgrade) failed: $(tail -3 "$work/upgrade.log")"
-  wait_active 10 || bad "$unit is $(show ActiveState) after the upgrade"
+  if wait_active 10 "$before"; then
+    ok "the upgrade restarted the service (pid $before, now $(show MainPID))"
+  else
+    bad "after the upgrade $unit is $(show ActiveState) with pid $(show MainPID) (was $before)"
+  fi
   sleep 1
-  summary=$(stop_holder)
+  stop_holder
   if holder_clean "$summary"; then
     ok "upgrade: the program went on: $(holder_line "$summary")"
   else
@@ -272,7 +285,7 @@ if start_holder; then
     sleep 1
     [ "$(holder_back)" -gt "$before" ] && went_on=$((went_on + 1))
   done
-  summary=$(stop_holder)
+  stop_holder
   if [ $back_ok -eq 10 ]; then
     ok "10 kill -9: $back_ok/10 restarts had every enabled port ($enabled) connected within 3 s (slowest $worst ms)"
   else
@@ -284,12 +297,20 @@ if start_holder; then
     bad "10 kill -9: the program went on after $went_on/10: $(holder_line "$summary")"
   fi
 fi
-warnings=$(journalctl --sync; journalctl --no-pager -o cat -p warning -u "$unit" -b | grep -v "Main process exited, code=killed\|Failed with result 'signal'")
+# The daemon's own lines, and systemd's about the unit beyond the kills themselves. systemd in
+# this container at times cannot write its cgroup's kill file (EIO) when it stops the unit: a
+# fault of the container's cgroup, not of the service, counted apart.
+journalctl --sync
+warnings=$(journalctl --no-pager -o cat -p warning -u "$unit" -b |
+  grep -v "Main process exited, code=killed\|Failed with result 'signal'\|Failed to kill control group.*Input/output error")
+cgroup_faults=$(journalctl --no-pager -o cat -p warning -u "$unit" -b | grep -c "Failed to kill control group.*Input/output error")
 if [ -z "$warnings" ]; then
   ok "the journal of $unit holds no warning beyond the 10 kills themselves"
 else
   bad "the journal of $unit holds warnings:"$'\n'"$(echo "$warnings" | sort | uniq -c | sort -rn | head -10)"
 fi
+[ "$cgroup_faults" -gt 0 ] &&
+  echo "note: systemd said $cgroup_faults times that it could not kill the unit's control group (Input/output error from the container's cgroup)"
 
 step "what the container can show of DevicePolicy="
 # The unit's DevicePolicy=closed needs the kernel's device controller (a BPF program on cgroup

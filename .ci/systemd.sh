@@ -130,7 +130,13 @@ echo $! >"$state/nspawn.pid"
 if [ "$keep" = no ]; then trap stop_container EXIT; fi
 for _ in $(seq 100); do leader_pid >/dev/null && break; sleep 0.1; done
 leader_pid >/dev/null || { cat "$state/boot.log"; echo "FAILED: the container did not start" >&2; exit 1; }
-booted=$(in_container systemctl is-system-running --wait 2>&1 || true)
+# Until systemd has finished the boot (its bus, /tmp and the journal are there only then).
+booted=""
+for _ in $(seq 300); do
+  booted=$(in_container systemctl is-system-running --wait 2>&1 || true)
+  case "$booted" in running | degraded) break ;; esac
+  sleep 0.2
+done
 log "systemd in the container: $booted ($(in_container systemctl --version | head -1))"
 
 if [ "$mode" = boot ]; then
