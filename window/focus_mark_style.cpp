@@ -5,7 +5,6 @@
 #include <QStyleOption>
 #include <algorithm>
 #include <cmath>
-#include <memory>
 
 namespace ketra::window {
 namespace {
@@ -22,17 +21,6 @@ double Linear(double channel) {
 double Luminance(const QColor& colour) {
   return 0.2126 * Linear(colour.redF()) + 0.7152 * Linear(colour.greenF()) +
          0.0722 * Linear(colour.blueF());
-}
-
-// A copy of `option` of its own type, for the elements drawn here.
-QStyleOption* Copy(const QStyleOption* option) {
-  if (const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option)) {
-    return new QStyleOptionButton(*button);
-  }
-  if (const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(option)) {
-    return new QStyleOptionFrame(*frame);
-  }
-  return new QStyleOption(*option);
 }
 
 // A two-pixel ring just inside `rect`.
@@ -81,9 +69,19 @@ void FocusMarkStyle::drawPrimitive(PrimitiveElement element, const QStyleOption*
     case PE_PanelButtonCommand:
     case PE_IndicatorRadioButton: {
       // The style's own faint focus outline gives way to the ring.
-      std::unique_ptr<QStyleOption> plain(Copy(option));
-      plain->state &= ~State_HasFocus;
-      QProxyStyle::drawPrimitive(element, plain.get(), painter, widget);
+      // On a copy of the option's own type, kept on the stack: QStyleOption has no virtual
+      // destructor, so a derived copy must not be deleted through it.
+      auto draw_plain = [&](auto plain) {
+        plain.state &= ~State_HasFocus;
+        QProxyStyle::drawPrimitive(element, &plain, painter, widget);
+      };
+      if (const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option)) {
+        draw_plain(QStyleOptionButton(*button));
+      } else if (const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(option)) {
+        draw_plain(QStyleOptionFrame(*frame));
+      } else {
+        draw_plain(QStyleOption(*option));
+      }
       if (element != PE_IndicatorRadioButton && (option->state & State_HasFocus)) {
         DrawRing(painter, option->rect, FocusMarkColour(option->palette));
       }
