@@ -6,7 +6,7 @@
 # place to a newer package (one entry left, of the newer version), uninstalls, and checks that
 # the programs, the shortcut and the entry are gone while the settings under
 # HKEY_LOCAL_MACHINE\Software\Tessaron\VSP stay as they were.
-# Run under an X server of its own (xvfb-run); the console programs run without a display.
+# Run under an X server of its own (xvfb-run): every program of the prefix sees its display.
 #   tests/win32/msi_test.sh BUILD_DIR MSI NEWER_MSI
 set -euo pipefail
 build=$1
@@ -28,7 +28,9 @@ trap cleanup EXIT
 cp -a "$build/wine" "$WINEPREFIX"
 "$wineserver" -p
 
-console() { DISPLAY= "$wine" "$@" </dev/null; }
+# The console programs see the display too: the first program starts the prefix's desktop, and a
+# desktop started without a display keeps the panel's window from appearing later.
+console() { DISPLAY=$display "$wine" "$@" </dev/null; }
 fail() { echo "FAIL: $*" >&2; exit 1; }
 programs="$WINEPREFIX/drive_c/Program Files/Ketra"
 # A per-machine package puts it in the Start menu of all users; Wine 8's msi puts it in the

@@ -262,6 +262,9 @@ def main():
             tempfile.TemporaryDirectory(prefix="ketra-win-w-") as tmp_w:
         session_machine = Machine(tmp_s, opts.wine, opts.wineserver, opts.wine_prefix)
         window_machine = Machine(tmp_w, opts.wine, opts.wineserver, opts.wine_prefix)
+        # Every program of the window's prefix sees the display: the first one starts the prefix's
+        # desktop, and a desktop started without a display keeps the window from appearing.
+        window_machine.env["DISPLAY"] = display
         window = None
         try:
             for machine in (session_machine, window_machine):
