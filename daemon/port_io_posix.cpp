@@ -281,9 +281,7 @@ class PosixPortIo final : public PortIo {
     return socket_.ReceiveFrom(buffer, from, dropped);
   }
 
-  std::uint32_t SocketDrops() const override {
-    return socket_.is_open() ? socket_.DropCount() : 0;
-  }
+  std::uint32_t SocketDrops() const override { return socket_.is_open() ? socket_.DropCount() : 0; }
   bool DatagramWaiting() override {
     pollfd probe{socket_.fd(), POLLIN, 0};
     return ::poll(&probe, 1, 0) > 0 && (probe.revents & POLLIN) != 0;
