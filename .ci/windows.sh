@@ -13,16 +13,16 @@ packages=(
   cmake ninja-build python3 zip
   g++-mingw-w64-x86-64-posix wine64
   nlohmann-json3-dev libcli11-dev libgtest-dev libgmock-dev
-  # The window's test: a virtual X server of its own (xvfb-run needs xauth). It reads the
+  # The window's test: a virtual X server of its own (scripts/with-x-server.sh). It reads the
   # screen through Win32 itself, so no X tools are needed.
-  xvfb xauth
+  xvfb
   # The installer: msitools' wixl builds the .msi on Linux.
   wixl msitools
 )
 scripts/install-packages.sh "${packages[@]}"
 
 # No display: the console programs need none, and the window's test starts an X server of its
-# own through xvfb-run. No Wine dialogs (no Mono or Gecko installer), no debug chatter.
+# own through scripts/with-x-server.sh. No Wine dialogs (no Mono or Gecko installer), no debug chatter.
 unset DISPLAY WAYLAND_DISPLAY
 export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
 
@@ -36,5 +36,5 @@ msi=$(scripts/windows-installer.sh build-windows)
 version=$(basename "$msi" | sed 's/^ketra-\(.*\)-x64\.msi$/\1/')
 newer=$(KETRA_MSI_VERSION=$(awk -F. -v OFS=. '{ $NF += 1; print }' <<<"$version") \
         scripts/windows-installer.sh build-windows)
-xvfb-run -a -s "-screen 0 1024x768x24" tests/win32/msi_test.sh build-windows "$msi" "$newer"
+scripts/with-x-server.sh tests/win32/msi_test.sh build-windows "$msi" "$newer"
 rm -f "$newer"

@@ -7,7 +7,7 @@ packages=(
   libsqlite3-dev nlohmann-json3-dev libcli11-dev
   libgtest-dev libbenchmark-dev
   qt6-base-dev libgl-dev libfontconfig-dev
-  fonts-dejavu-core fonts-liberation python3 socat xvfb xauth ccache
+  fonts-dejavu-core fonts-liberation python3 socat xvfb ccache
   dbus-daemon dbus-bin at-spi2-core python3-pyatspi xdotool
   libsystemd-dev python3-serial
   tshark prometheus

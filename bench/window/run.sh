@@ -6,7 +6,7 @@
 #
 #   bench/window/run.sh [BUILD_DIR] [REPETITIONS]     (default: build-release, 21)
 #
-# Runs under a virtual X server (xvfb-run), or under QT_QPA_PLATFORM if that is set.
+# Runs under a virtual X server (scripts/with-x-server.sh), or under QT_QPA_PLATFORM if that is set.
 set -euo pipefail
 
 root="$(cd "$(dirname "$0")/../.." && pwd)"
@@ -23,7 +23,7 @@ args=(--benchmark_repetitions="$repetitions"
 if [[ -n "${QT_QPA_PLATFORM:-}" ]]; then
   "$bench" "${args[@]}" >/dev/null
 else
-  xvfb-run -a -s "-screen 0 1024x768x24 -dpi 96" "$bench" "${args[@]}" >/dev/null
+  "$(dirname "$0")/../../scripts/with-x-server.sh" -s "-screen 0 1024x768x24 -dpi 96" "$bench" "${args[@]}" >/dev/null
 fi
 
 python3 - "$out" <<'PY'

@@ -123,7 +123,7 @@ std::vector<std::string> LabelCommand() {
 // iteration's time is ketra's; the counters give every time, the ratios and the peak sizes.
 void BM_KetraAgainstMinimalWindow(benchmark::State& state) {
   if (!HasDisplay()) {
-    state.SkipWithError("no display: run under xvfb-run or with QT_QPA_PLATFORM=offscreen");
+    state.SkipWithError("no display: run under scripts/with-x-server.sh or with QT_QPA_PLATFORM=offscreen");
     return;
   }
   struct Peer {

@@ -6,7 +6,7 @@
 # place to a newer package (one entry left, of the newer version), uninstalls, and checks that
 # the programs, the shortcut and the entry are gone while the settings under
 # HKEY_LOCAL_MACHINE\Software\Tessaron\VSP stay as they were.
-# Run under an X server of its own (xvfb-run): every program of the prefix sees its display.
+# Run under an X server of its own (scripts/with-x-server.sh): every program of the prefix sees its display.
 #   tests/win32/msi_test.sh BUILD_DIR MSI NEWER_MSI
 set -euo pipefail
 build=$1
@@ -14,7 +14,7 @@ msi=$2
 newer=$3
 wine=${KETRA_WINE64:-/usr/lib/wine/wine64}
 wineserver=${KETRA_WINESERVER:-/usr/lib/wine/wineserver}
-display=${DISPLAY:?msi_test.sh needs an X server: run it under xvfb-run}
+display=${DISPLAY:?msi_test.sh needs an X server: run it under scripts/with-x-server.sh}
 here=$(cd "$(dirname "$0")" && pwd)
 
 tmp=$(mktemp -d /tmp/ketra-msi-XXXXXX)

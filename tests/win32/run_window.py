@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Drives the real ketra.exe under Wine and checks it against ketra-session.exe.
 
-Run under an X server of its own (xvfb-run); the console programs run without a display.
+Run under an X server of its own (scripts/with-x-server.sh); the console programs run without a display.
 
 The table (window_steps.table) has one row a line: the native input a user gives the window,
 then '|', then the ketra-session commands that are the same user actions. Both programs start on
@@ -253,7 +253,7 @@ def main():
     opts = parser.parse_args()
     display = os.environ.get("DISPLAY")
     if not display:
-        sys.exit("run_window.py needs an X server: run it under xvfb-run")
+        sys.exit("run_window.py needs an X server: run it under scripts/with-x-server.sh")
     rows = read_table(opts.table)
     program = {name: os.path.join(opts.bin, name + ".exe")
                for name in ("ketra", "ketra-session", "ketra-reg")}
