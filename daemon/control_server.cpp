@@ -24,17 +24,11 @@ wire::Reply Refuse(std::uint32_t error, std::string reason, bool* close) {
 ControlOutcome ConnectPort(VirtualPort& port, const runtime::StatusOr<PortSettings>& settings) {
   if (port.connected()) return {device::kStatusAlreadyConnected, {}};
   if (!settings.ok()) return {device::kStatusBadParameters, settings.status()};
-  const std::uint8_t status = port.Connect(*settings);
-  if (status == device::kStatusConnected) return {status, {}};
-  return {status, runtime::Status::IoError(port.last_problem())};
+  return port.Connect(*settings);
 }
 
 ControlOutcome ExecuteControl(VirtualPort& port, std::uint32_t code, const wire::Record& input) {
-  if (code == device::kIoctlVspDisconnect) {
-    const std::uint8_t status = port.Disconnect();
-    if (status != device::kStatusReleaseFailed) return {status, {}};
-    return {status, runtime::Status::IoError(port.last_problem())};
-  }
+  if (code == device::kIoctlVspDisconnect) return port.Disconnect();
   return ConnectPort(port, SettingsFromRecord(input));
 }
 

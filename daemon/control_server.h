@@ -50,13 +50,6 @@ class PortDirectory {
                           const std::string& /*peer*/) {}
 };
 
-// What a control call on a port did: the driver's Status for the answer and, for a refusal or a
-// failure, why, for the log (ok otherwise).
-struct ControlOutcome {
-  std::uint8_t status = 0;
-  runtime::Status why;
-};
-
 // Connects `port` to `settings` as a connect call does: a connected port says so whatever they
 // hold, settings no relay can run on are refused with Status 87.
 ControlOutcome ConnectPort(VirtualPort& port, const runtime::StatusOr<PortSettings>& settings);

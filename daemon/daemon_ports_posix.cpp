@@ -50,6 +50,10 @@ void Daemon::MakePorts() {
       }
       store_.KeepPty(changed.name(), changed.io().pty_fd(), /*replaced=*/true);
     });
+    port->OnFreshenFailed([](VirtualPort& changed, const runtime::Status& why) {
+      LogWarning(changed.name() +
+                 ": the device is not fresh for the next program: " + why.message());
+    });
     open_watch_.Add(port->pty_path(), [port](bool closed) { port->DeviceTouched(closed); });
     // A program may have come and gone while no daemon watched (a restart), leaving its state;
     // told now, when a pty replaced for it reaches the store and the watch.

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <stdexcept>
 #include <system_error>
 
@@ -55,21 +54,19 @@ void VirtualPort::Watch() {
                            [this](std::uint32_t e) { OnPtyEvents(e); });
 }
 
-std::uint8_t VirtualPort::Connect(const PortSettings& settings) {
-  if (connected()) return device::kStatusAlreadyConnected;
-  last_problem_.clear();
+ControlOutcome VirtualPort::Connect(const PortSettings& settings) {
+  if (connected()) return {device::kStatusAlreadyConnected, {}};
   const net::Endpoint local{options_.bind_address, settings.local_port};
   if (const int error = io_->OpenSocket(local, options_.socket_buffer_bytes); error != 0) {
-    last_problem_ = "cannot bind UDP " + local.ToString() + ": " + std::strerror(error);
-    return device::kStatusConnectionFailed;
+    return {device::kStatusConnectionFailed,
+            runtime::Status::FromErrno("cannot bind UDP " + local.ToString(), error)};
   }
   try {
     socket_watch_ =
         poller_.Add(io_->socket_fd(), kReadable, [this](std::uint32_t e) { OnSocketEvents(e); });
   } catch (const std::system_error& error) {
     io_->CloseSocket();
-    last_problem_ = error.what();
-    return device::kStatusConnectionFailed;
+    return {device::kStatusConnectionFailed, runtime::Status::IoError(error.what())};
   }
   settings_ = settings;
   local_ = io_->LocalEndpoint();
@@ -78,7 +75,7 @@ std::uint8_t VirtualPort::Connect(const PortSettings& settings) {
   if (trace_ != nullptr) Emit(TraceKind::kConnect);
   UpdateInterest();
   if (on_change_) on_change_(*this);
-  return device::kStatusConnected;
+  return {device::kStatusConnected, {}};
 }
 
 void VirtualPort::CountKernelDrops() {
@@ -90,8 +87,8 @@ void VirtualPort::CountKernelDrops() {
   counters_.dropped_datagrams = dropped;
 }
 
-std::uint8_t VirtualPort::Disconnect() {
-  if (!connected()) return device::kStatusAlreadyInState;
+ControlOutcome VirtualPort::Disconnect() {
+  if (!connected()) return {device::kStatusAlreadyInState, {}};
   if (trace_ != nullptr) {
     if (!to_socket_.empty()) Emit(TraceKind::kLostDiscarded, to_socket_, to_socket_.size());
     Emit(TraceKind::kDisconnect);
@@ -112,10 +109,10 @@ std::uint8_t VirtualPort::Disconnect() {
   UpdateInterest();
   if (on_change_) on_change_(*this);
   if (error != 0) {
-    last_problem_ = std::string("releasing the UDP socket: ") + std::strerror(error);
-    return device::kStatusReleaseFailed;
+    return {device::kStatusReleaseFailed,
+            runtime::Status::FromErrno("releasing the UDP socket", error)};
   }
-  return device::kStatusDisconnected;
+  return {device::kStatusDisconnected, {}};
 }
 
 void VirtualPort::OnPtyEvents(std::uint32_t events) {
@@ -191,12 +188,13 @@ void VirtualPort::ProgramGone() {
 }
 
 void VirtualPort::MakeFresh() {
-  PortIo::Freshened freshened = io_->Freshen();
-  if (freshened.reopen_error == EBUSY) {
-    // Left exclusive: the next program would get EBUSY too, until the daemon restarts.
-    freshened.problem = ReplacePty();
-  }
-  if (!freshened.problem.empty()) last_problem_ = std::move(freshened.problem);
+  const PortIo::Freshened freshened = io_->Freshen();
+  // Left exclusive: the next program would get EBUSY too, until the daemon restarts.
+  const runtime::Status status = freshened.reopen_error == EBUSY ? ReplacePty()
+                                 : freshened.problem.empty()
+                                     ? runtime::Status::Ok()
+                                     : runtime::Status::IoError(freshened.problem);
+  if (!status.ok() && on_freshen_failed_) on_freshen_failed_(*this, status);
   // The reset's own flush and restart reach the master as events; nobody holds the port, so
   // they are taken and dropped here, before a program comes whose events they are not.
   io_->TakePtyEvents();
@@ -248,24 +246,24 @@ void VirtualPort::ProgramFlushedOutput() {
   if (trace_ != nullptr) Emit(TraceKind::kFlushOutput, {}, discarded);
 }
 
-std::string VirtualPort::ReplacePty() {
+runtime::Status VirtualPort::ReplacePty() {
   // What the last program wrote goes out first; what the terminal's XOFF or a full send side
   // still holds back then goes with the old pty, as with a line that is swapped.
   while (RelayFromPty() == Drain::kMore) {
   }
   if (std::string problem = io_->ReplacePty(); !problem.empty()) {
-    return "the device was left exclusive and " + problem;
+    return runtime::Status::IoError("the device was left exclusive and " + problem);
   }
-  std::string problem;
+  runtime::Status status;
   if (!link_.path().empty()) {
     try {
       link_.Repoint(io_->pty_path());
     } catch (const std::runtime_error& error) {
-      problem = error.what();
+      status = runtime::Status::IoError(error.what());
     }
   }
   if (on_pty_replaced_) on_pty_replaced_(*this);
-  return problem;
+  return status;
 }
 
 VirtualPort::Drain VirtualPort::RelayFromPty() {

@@ -47,6 +47,7 @@
 #include "daemon/port_link.h"
 #include "daemon/port_settings.h"
 #include "daemon/port_trace.h"
+#include "platform/runtime/status.h"
 
 namespace ketra::vspd {
 
@@ -84,6 +85,13 @@ struct PortCounters {
   }
 };
 
+// What a connect or disconnect did: the driver's Status for the answer and, for a refusal or a
+// failure, why, for the log (ok otherwise).
+struct ControlOutcome {
+  std::uint8_t status = 0;
+  runtime::Status why;
+};
+
 class VirtualPort {
  public:
   // Makes the link (when options.link_directory is set) and starts watching. `resumed` gives
@@ -95,10 +103,11 @@ class VirtualPort {
   VirtualPort& operator=(const VirtualPort&) = delete;
   ~VirtualPort();
 
-  // 112 connected, 15 already connected, 21 the socket or its bind failed, 87 unusable settings.
-  std::uint8_t Connect(const PortSettings& settings);
-  // 113 disconnected, 0 not connected, 22 the socket's release reported an error.
-  std::uint8_t Disconnect();
+  // 112 connected, 15 already connected, 21 the socket or its bind failed (with the reason).
+  ControlOutcome Connect(const PortSettings& settings);
+  // 113 disconnected, 0 not connected, 22 the socket's release reported an error (with the
+  // reason; the port is disconnected all the same).
+  ControlOutcome Disconnect();
   // A program opened the device, or closed it after writing (OpenWatch says so; events merge
   // and the daemon's own opens show too): the port asks the pty whether a program holds it.
   // Also once at start, as a close: a program may have come and gone while no daemon watched.
@@ -121,6 +130,11 @@ class VirtualPort {
   void OnPtyReplaced(std::function<void(VirtualPort&)> callback) {
     on_pty_replaced_ = std::move(callback);
   }
+  // Runs when the device could not be made fresh for the next program, with the reason (for the
+  // log). The port goes on; the next program may find what the last one left.
+  void OnFreshenFailed(std::function<void(VirtualPort&, const runtime::Status&)> callback) {
+    on_freshen_failed_ = std::move(callback);
+  }
 
   const std::string& name() const { return name_; }
   const std::string& link_path() const { return link_.path(); }
@@ -142,8 +156,6 @@ class VirtualPort {
   net::Endpoint local_endpoint() const { return io_->LocalEndpoint(); }
   const PortCounters& counters() const { return counters_; }
   const PortIo& io() const { return *io_; }
-  // The reason of the last refused or failed connect, or of a reset that failed, for the log.
-  const std::string& last_problem() const { return last_problem_; }
 
  private:
   enum class Drain { kMore, kBlocked, kGone };
@@ -159,7 +171,8 @@ class VirtualPort {
   void ProgramOutputStopped(bool stopped);
   void OnProgramEvents(std::uint8_t events);
   void MakeFresh();
-  std::string ReplacePty();
+  // Ok, or why the pty could not be replaced or its link not repointed.
+  runtime::Status ReplacePty();
   Drain RelayFromPty();
   void RelayFromSocket();
   // One datagram from the socket with its flow characters followed: the bytes it holds for the
@@ -180,7 +193,6 @@ class VirtualPort {
   PortOptions options_;
   std::unique_ptr<PortIo> io_;
   PortLink link_;
-  std::string last_problem_;
   bool held_ = false;
   Poller::WatchId pty_watch_ = 0;  // only while held: an unheld master reports hang-up always
   Poller::WatchId socket_watch_ = 0;
@@ -204,6 +216,7 @@ class VirtualPort {
   PortCounters counters_;
   std::function<void(VirtualPort&)> on_change_;
   std::function<void(VirtualPort&)> on_pty_replaced_;
+  std::function<void(VirtualPort&, const runtime::Status&)> on_freshen_failed_;
 };
 
 }  // namespace ketra::vspd

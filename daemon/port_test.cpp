@@ -40,7 +40,7 @@ class RelayTest : public ::testing::Test {
     port_ = std::make_unique<VirtualPort>(poller_, "COM7", std::move(io), PortOptions{}, resumed);
   }
   void Connect(bool software = false) {
-    ASSERT_EQ(port_->Connect(PortSettings{kTerminal, 3000, software, kXon, kXoff}),
+    ASSERT_EQ(port_->Connect(PortSettings{kTerminal, 3000, software, kXon, kXoff}).status,
               device::kStatusConnected);
   }
   void FromTerminal(const Bytes& bytes, net::Endpoint from = kTerminal) {
@@ -103,7 +103,7 @@ TEST_F(RelayTest, RelaysBothWaysAndCountsEveryLossWhereItHappens) {
   io_->FailNext(Call::kSendTo, EAGAIN);
   io_->from_program = {Text("ab")};
   poller_.Fire(kPty, kReadable);
-  EXPECT_EQ(port_->Disconnect(), device::kStatusDisconnected);
+  EXPECT_EQ(port_->Disconnect().status, device::kStatusDisconnected);
   Connect();
   io_->kernel_dropped = 2;
   FromTerminal(Text("q"));
@@ -330,7 +330,9 @@ TEST(PtyReplacementTest, OnlyAnExclusiveDeviceGetsANewPtyAndLink) {
     VirtualPort port(poller, "COM7", std::move(owned), options);
     int replaced_seen = 0;
     port.OnPtyReplaced([&](VirtualPort&) { ++replaced_seen; });
-    ASSERT_EQ(port.Connect(PortSettings{kTerminal, 3000, false, kXon, kXoff}),
+    runtime::Status failed;
+    port.OnFreshenFailed([&](VirtualPort&, const runtime::Status& why) { failed = why; });
+    ASSERT_EQ(port.Connect(PortSettings{kTerminal, 3000, false, kXon, kXoff}).status,
               device::kStatusConnected);
 
     io->from_program = {Text("tail")};
@@ -345,7 +347,7 @@ TEST(PtyReplacementTest, OnlyAnExclusiveDeviceGetsANewPtyAndLink) {
     ASSERT_GT(::readlink((directory + "/COM7").c_str(), target, sizeof target - 1), 0);
     EXPECT_EQ(std::string(target), c.target);
     EXPECT_EQ(::access((directory + "/COM7.new").c_str(), F_OK), -1) << "no temporary left";
-    EXPECT_EQ(port.last_problem().empty(), c.reopen_error == 0 || replaced) << "for the log";
+    EXPECT_EQ(failed.ok(), c.reopen_error == 0 || replaced) << "for the log";
     // What the last program wrote went out before the old pty went; the connection stays.
     ASSERT_EQ(io->sent.size(), 1u);
     EXPECT_EQ(io->sent[0].bytes, Text("tail"));
@@ -375,13 +377,15 @@ TEST_F(RelayTest, WhatTheLastProgramWroteWaitsForTheTerminalsXon) {
 TEST_F(RelayTest, AFailedBindOrCloseLeavesThePortDisconnected) {
   Make(true);
   io_->FailNext(Call::kOpenSocket, EADDRINUSE);
-  EXPECT_EQ(port_->Connect(PortSettings{kTerminal, 3000, false, kXon, kXoff}),
-            device::kStatusConnectionFailed);
-  EXPECT_NE(port_->last_problem().find(std::strerror(EADDRINUSE)), std::string::npos);
+  const ControlOutcome refused = port_->Connect(PortSettings{kTerminal, 3000, false, kXon, kXoff});
+  EXPECT_EQ(refused.status, device::kStatusConnectionFailed);
+  EXPECT_NE(refused.why.message().find(std::strerror(EADDRINUSE)), std::string::npos);
   EXPECT_FALSE(port_->connected() || poller_.Interest(kSocket));
   Connect();
   io_->FailNext(Call::kCloseSocket, EIO);
-  EXPECT_EQ(port_->Disconnect(), device::kStatusReleaseFailed);
+  const ControlOutcome released = port_->Disconnect();
+  EXPECT_EQ(released.status, device::kStatusReleaseFailed);
+  EXPECT_NE(released.why.message().find(std::strerror(EIO)), std::string::npos);
   EXPECT_FALSE(port_->connected() || poller_.Interest(kSocket) || io_->socket_open());
 }
 
