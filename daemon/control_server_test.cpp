@@ -17,6 +17,7 @@
 #include "daemon/status_report.h"
 #include "platform/device/vspd_device.h"
 #include "platform/device/vspd_protocol.h"
+#include "platform/runtime/test_temp_dir.h"
 
 namespace ketra::vspd {
 namespace {
@@ -49,11 +50,9 @@ bool ConnectTo(const std::string& path, runtime::Fd* fd) {
 class ControlServerTest : public ::testing::Test, public PortDirectory {
  protected:
   void SetUp() override {
-    directory_ = ::testing::TempDir() + "control-test-" + std::to_string(::getpid());
-    EnsureDirectory(directory_);
-    socket_path_ = directory_ + "/vspd.sock";
+    socket_path_ = directory_.File("vspd.sock");
     PortOptions options;
-    options.link_directory = directory_;
+    options.link_directory = directory_.path();
     options.bind_address = net::kLoopbackAddress;
     std::string warning;
     port_ = std::make_unique<VirtualPort>(loop_, "COM7", OpenPosixPortIo("", &warning), options);
@@ -119,7 +118,7 @@ class ControlServerTest : public ::testing::Test, public PortDirectory {
   }
 
   EventLoop loop_;
-  std::string directory_;
+  runtime::TestTempDir directory_;
   std::string socket_path_;
   std::unique_ptr<VirtualPort> port_;
   std::unique_ptr<ControlServer> server_;

@@ -1,12 +1,12 @@
 #include "daemon/daemon_config.h"
 
-#include <unistd.h>
-
 #include <fstream>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "platform/runtime/test_temp_dir.h"
 
 namespace ketra::vspd {
 namespace {
@@ -79,7 +79,8 @@ TEST(DaemonConfigTest, RefusedCommandLines) {
 }
 
 TEST(DaemonConfigTest, AConfigurationFileGivesOptionsTheCommandLineOverrides) {
-  const std::string file = ::testing::TempDir() + "vspd-" + std::to_string(::getpid()) + ".conf";
+  const runtime::TestTempDir dir;
+  const std::string file = dir.File("vspd.conf");
   std::ofstream(file) << "hive = \"/from/file.db\"\nsocket = /file.sock\n[daemon]\n"
                          "ports = \"COM7, COM8\"\nconnect-enabled = true\nmax-datagram = 512\n"
                          "bind-address = 127.0.0.1\n";
@@ -91,11 +92,11 @@ TEST(DaemonConfigTest, AConfigurationFileGivesOptionsTheCommandLineOverrides) {
   EXPECT_EQ(parsed->config.max_datagram, 512u);
   EXPECT_EQ(parsed->config.bind_address, 0x7F000001u);
   EXPECT_EQ(parsed->config.socket, "/cli.sock");
-  ::unlink(file.c_str());
 }
 
 TEST(DaemonConfigTest, AConfigurationFileMistakeNamesFileAndLine) {
-  const std::string file = ::testing::TempDir() + "vspd-bad-" + std::to_string(::getpid());
+  const runtime::TestTempDir dir;
+  const std::string file = dir.File("vspd.conf");
   const struct {
     const char* text;
     const char* message;
@@ -117,7 +118,6 @@ TEST(DaemonConfigTest, AConfigurationFileMistakeNamesFileAndLine) {
     EXPECT_NE(output.find(c.message), std::string::npos) << output;
   }
   EXPECT_FALSE(Parse({"--config", file + ".missing"}).has_value());
-  ::unlink(file.c_str());
 }
 
 }  // namespace

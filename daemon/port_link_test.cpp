@@ -4,11 +4,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <stdexcept>
 #include <string>
 
 #include <gtest/gtest.h>
+
+#include "platform/runtime/test_temp_dir.h"
 
 namespace ketra::vspd {
 namespace {
@@ -16,8 +17,8 @@ namespace {
 // Directories that others could write in or that are not the daemon's are refused, since a
 // stranger could swap a port's link or the socket there for a trap of their own.
 TEST(EnsureOwnDirectoryTest, RefusesWhatOthersMayWriteOrOwn) {
-  std::string base = ::testing::TempDir() + "own-dir-XXXXXX";
-  ASSERT_NE(::mkdtemp(base.data()), nullptr);
+  const runtime::TestTempDir dir;
+  const std::string& base = dir.path();
   const auto Refused = [](const std::string& directory, const std::string& reason) {
     try {
       EnsureOwnDirectory(directory);
@@ -60,7 +61,6 @@ TEST(EnsureOwnDirectoryTest, RefusesWhatOthersMayWriteOrOwn) {
     ASSERT_EQ(::chown(theirs.c_str(), 65534, 65534), 0);
     EXPECT_TRUE(Refused(theirs, "belongs to uid 65534"));
   }
-  std::system(("rm -rf " + base).c_str());
 }
 
 }  // namespace

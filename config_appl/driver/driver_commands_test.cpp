@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "config_appl/app/program_fixture.h"
+#include "config_appl/app/test_started_program.h"
 #include "config_appl/port/driver_record.h"
 #include "platform/runtime/strings.h"
 
@@ -15,18 +15,7 @@ namespace {
 using device::DeviceCall;
 using forms::MsgBoxStyle;
 using testing::Box;
-using testing::ProgramFixture;
-
-class DriverCommandTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    f.AddPorts(2);
-    ASSERT_TRUE(f.Start());
-    f.TakeBoxes();
-    f.calls.clear();
-  }
-  ProgramFixture f;
-};
+using DriverCommandTest = testing::StartedProgramTest;
 
 TEST(VspCommand, RoundsHalvesToEvenAndWrapsNothing) {
   PortRecord row{0, "COM5", "x", "-1", "2.5", "0", 66, 65};

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "config_appl/app/program_fixture.h"
+#include "config_appl/app/test_started_program.h"
 
 namespace ketra {
 namespace {
@@ -15,18 +15,11 @@ namespace {
 using forms::MsgBoxStyle;
 using forms::Refusal;
 using testing::Box;
-using testing::ProgramFixture;
 
-class GuardTest : public ::testing::Test {
+class GuardTest : public testing::StartedProgramTest {
  protected:
-  void SetUp() override {
-    f.AddPorts(2);
-    ASSERT_TRUE(f.Start());
-    f.TakeBoxes();
-  }
   forms::ControlId Id(std::string_view name) { return f.p().form().Id(name); }
   void Focus(std::string_view name) { f.p().form().Focus(Id(name)); }
-  ProgramFixture f;
 };
 
 TEST_F(GuardTest, DistinctnessGuardEmptiesTheFieldLeft) {

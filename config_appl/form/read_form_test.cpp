@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "config_appl/app/program_fixture.h"
+#include "config_appl/app/test_started_program.h"
 
 namespace ketra {
 namespace {
@@ -13,16 +13,7 @@ namespace {
 using forms::MsgBoxStyle;
 using testing::Box;
 using testing::ProgramFixture;
-
-class ReadFormTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    f.AddPorts(2);
-    ASSERT_TRUE(f.Start());
-    f.TakeBoxes();
-  }
-  ProgramFixture f;
-};
+using ReadFormTest = testing::StartedProgramTest;
 
 struct Refusal {
   const char* what;
@@ -47,9 +38,7 @@ TEST_F(ReadFormTest, RefusesTheFirstEmptyFieldInItsOrder) {
   };
   for (const Refusal& c : cases) {
     ProgramFixture g;
-    g.AddPorts(2);
-    ASSERT_TRUE(g.Start());
-    g.TakeBoxes();
+    StartTwoPorts(g);
     Program& p = g.p();
     p.SetValue(c.software ? "OPT_SWF" : "OPT_HWF", true);
     p.SetText("TXT_XON", "B");

@@ -5,12 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "config_appl/app/program_fixture.h"
+#include "config_appl/app/test_started_program.h"
 
 namespace ketra {
 namespace {
-
-using testing::ProgramFixture;
 
 TEST(FlowCharDisplay, PrintableRangeIsShownAsTheCharacter) {
   const std::vector<std::pair<double, std::string>> cases = {
@@ -19,14 +17,7 @@ TEST(FlowCharDisplay, PrintableRangeIsShownAsTheCharacter) {
   for (const auto& [code, text] : cases) EXPECT_EQ(FlowCharDisplay(code), text) << code;
 }
 
-class ConfigureTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    f.AddPorts(2);
-    ASSERT_TRUE(f.Start());
-  }
-  ProgramFixture f;
-};
+using ConfigureTest = testing::StartedProgramTest;
 
 TEST_F(ConfigureTest, AnEmptyPortTextReadsNothing) {
   Program& p = f.p();

@@ -5,22 +5,12 @@
 #include <utility>
 #include <vector>
 
-#include "config_appl/app/program_fixture.h"
+#include "config_appl/app/test_started_program.h"
 
 namespace ketra {
 namespace {
 
-using testing::ProgramFixture;
-
-class StatusTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    f.AddPorts(1);
-    ASSERT_TRUE(f.Start());
-  }
-  void Tick() { f.p().form().Tick(f.p().form().Id("Timer1")); }
-  ProgramFixture f;
-};
+using StatusTest = testing::StartedProgramTest;
 
 TEST_F(StatusTest, RefreshRoundsHalvesToEvenAndKeepsToTheCountersRange) {
   const std::vector<std::pair<const char*, int>> cases = {
@@ -30,7 +20,7 @@ TEST_F(StatusTest, RefreshRoundsHalvesToEvenAndKeepsToTheCountersRange) {
     RefreshClick(f.p());
     EXPECT_EQ(f.p().MonitorCountdown, count) << text;
   }
-  Tick();
+  f.p().form().Tick(f.p().form().Id("Timer1"));
   EXPECT_EQ(f.p().MonitorCountdown, -32768);
 }
 

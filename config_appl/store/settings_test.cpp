@@ -15,7 +15,7 @@
 #include "config_appl/store/settings_load.h"
 #include "config_appl/store/settings_save.h"
 #include "platform/registry/sqlite_hive.h"
-#include "platform/registry/test_hive_dir.h"
+#include "platform/runtime/test_temp_dir.h"
 #include "platform/registry/test_killed_writer.h"
 #include "platform/runtime/conversion_error.h"
 
@@ -101,7 +101,7 @@ TEST(SaveAllPorts, AKeyThatCannotBeCreatedKeepsWhatWasWrittenBeforeIt) {
 // whole save, the last one reported done or the one that was under way, never a mix.
 TEST(SaveAllPorts, ASaveKilledAtAnyMomentLeavesTheStoreAsBeforeOrAfterIt) {
   constexpr int kPorts = 101;
-  registry::TestHiveDir dir;
+  runtime::TestTempDir dir;
   const std::string hive = dir.File("hive.db");
   // Into the next save, which takes some milliseconds.
   const registry::KilledWriter writer =

@@ -7,22 +7,15 @@
 #include <filesystem>
 #include <string>
 
+#include "platform/runtime/test_temp_dir.h"
+
 namespace ketra::forms {
 namespace {
 
 class AppPosixTest : public ::testing::Test {
  protected:
-  AppPosixTest() {
-    dir_ = std::filesystem::temp_directory_path() /
-           ("ketra-app-test-" + std::to_string(::getpid()) + "-" +
-            ::testing::UnitTest::GetInstance()->current_test_info()->name());
-    std::filesystem::create_directories(dir_);
-  }
-  ~AppPosixTest() override { std::filesystem::remove_all(dir_); }
-
-  std::string Hive(const std::string& name) const { return (dir_ / name).string(); }
-
-  std::filesystem::path dir_;
+  std::string Hive(const std::string& name) const { return dir_.File(name); }
+  runtime::TestTempDir dir_;
 };
 
 TEST_F(AppPosixTest, ASecondLockOnTheSameFileIsRefusedUntilTheFirstGoes) {

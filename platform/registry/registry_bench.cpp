@@ -10,7 +10,7 @@
 
 #include "platform/registry/hive_model.h"
 #include "platform/registry/sqlite_hive.h"
-#include "platform/registry/test_hive_dir.h"
+#include "platform/runtime/test_temp_dir.h"
 
 namespace ketra::registry {
 namespace {
@@ -63,7 +63,7 @@ int Discover(Registry& reg) {
 }
 
 void BM_DiscoveryWarm(benchmark::State& state) {
-  TestHiveDir dir;
+  runtime::TestTempDir dir;
   const std::string hive = dir.File("hive.db");
   WriteDeviceMap(hive);
   auto panel = OpenSqliteHive(hive);
@@ -74,7 +74,7 @@ void BM_DiscoveryWarm(benchmark::State& state) {
 
 // A new instance each time: the first open connects and reads the hive, as at a real start.
 void BM_DiscoveryCold(benchmark::State& state) {
-  TestHiveDir dir;
+  runtime::TestTempDir dir;
   const std::string hive = dir.File("hive.db");
   WriteDeviceMap(hive);
   for (auto _ : state) {
@@ -87,7 +87,7 @@ void BM_DiscoveryCold(benchmark::State& state) {
 // prepared statement on the file, as a registry without a cache would make it. `in_one_read`
 // holds one read transaction over the whole scan; without it every query is its own.
 void DiscoverIndexed(benchmark::State& state, bool in_one_read) {
-  TestHiveDir dir;
+  runtime::TestTempDir dir;
   const std::string hive = dir.File("hive.db");
   WriteDeviceMap(hive);
   sqlite3* db = nullptr;
@@ -149,7 +149,7 @@ void Save(Registry& reg, int round) {
 }
 
 void BM_Save808(benchmark::State& state) {
-  TestHiveDir dir;
+  runtime::TestTempDir dir;
   auto panel = OpenSqliteHive(dir.File("hive.db"));
   WriteDeviceMap(dir.File("hive.db"));
   Save(*panel, 0);  // the keys exist from here on, as after a first run
@@ -160,14 +160,14 @@ void BM_Save808(benchmark::State& state) {
 
 // The usual save: the same values again (the panel writes all of them at every save).
 void BM_Save808Unchanged(benchmark::State& state) {
-  TestHiveDir dir;
+  runtime::TestTempDir dir;
   auto panel = OpenSqliteHive(dir.File("hive.db"));
   Save(*panel, 0);
   for (auto _ : state) Save(*panel, 0);
 }
 
 void BM_SaveFirstRun808(benchmark::State& state) {
-  TestHiveDir dir;
+  runtime::TestTempDir dir;
   int round = 0;
   for (auto _ : state) {
     state.PauseTiming();
@@ -179,7 +179,7 @@ void BM_SaveFirstRun808(benchmark::State& state) {
 
 // The load: seven values of every port, each an own open, query and close.
 void BM_Load707(benchmark::State& state) {
-  TestHiveDir dir;
+  runtime::TestTempDir dir;
   {
     auto first = OpenSqliteHive(dir.File("hive.db"));
     Save(*first, 0);

@@ -11,7 +11,7 @@
 #include "platform/registry/registry.h"
 #include "platform/registry/registry_batch.h"
 #include "platform/registry/sqlite_hive.h"
-#include "platform/registry/test_hive_dir.h"
+#include "platform/runtime/test_temp_dir.h"
 #include "platform/registry/test_registry.h"
 
 namespace ketra::registry {
@@ -24,7 +24,7 @@ struct MemoryKind {
 };
 
 struct SqliteKind {
-  TestHiveDir dir;
+  runtime::TestTempDir dir;
   std::unique_ptr<Registry> Make() { return OpenSqliteHive(dir.File("state/ketra/hive.db")); }
 };
 

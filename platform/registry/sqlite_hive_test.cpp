@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "platform/registry/sqlite_hive.h"
-#include "platform/registry/test_hive_dir.h"
+#include "platform/runtime/test_temp_dir.h"
 #include "platform/registry/test_killed_writer.h"
 #include "platform/registry/test_registry.h"
 
@@ -32,7 +32,7 @@ std::string ReadFile(const std::string& path) {
 class SqliteHiveTest : public ::testing::Test {
  protected:
   std::string Hive() const { return dir_.File("hive.db"); }
-  TestHiveDir dir_;
+  runtime::TestTempDir dir_;
 };
 
 TEST_F(SqliteHiveTest, TwoInstancesSeeEachOthersWrites) {

@@ -2,12 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <random>
 #include <string>
 #include <vector>
+
+#include "platform/runtime/test_temp_dir.h"
 
 namespace ketra::runtime {
 namespace {
@@ -59,22 +58,13 @@ std::unique_ptr<FileSystem> MachineFiles() {
 
 class MachineFileTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-    dir_ = (std::filesystem::temp_directory_path() / (std::string("ketra-text-") + test->name() +
-                                                      "-" + std::to_string(std::random_device{}())))
-               .string();
-    std::filesystem::remove_all(dir_);
-    ASSERT_TRUE(std::filesystem::create_directories(dir_));
-  }
-  void TearDown() override { std::filesystem::remove_all(dir_); }
-  std::string dir_;
+  TestTempDir dir_;
 };
 
 // The machine's reader splits what it read with the string reader, which this table pins.
 TEST_F(MachineFileTest, SplitsLinesAtEitherLineEnd) {
   auto files = MachineFiles();
-  const std::string path = dir_ + "/settings.txt";
+  const std::string path = dir_.File("settings.txt");
   for (const auto& c : kLineCases) {
     std::ofstream(path, std::ios::binary | std::ios::trunc) << c.contents;
     auto reader = files->OpenTextFile(path);
@@ -86,14 +76,14 @@ TEST_F(MachineFileTest, SplitsLinesAtEitherLineEnd) {
 
 TEST_F(MachineFileTest, MissingFileOrDirectoryGivesNoReader) {
   auto files = MachineFiles();
-  EXPECT_EQ(files->OpenTextFile(dir_ + "/missing.txt"), nullptr);
-  EXPECT_EQ(files->OpenTextFile(dir_), nullptr);
+  EXPECT_EQ(files->OpenTextFile(dir_.File("missing.txt")), nullptr);
+  EXPECT_EQ(files->OpenTextFile(dir_.path()), nullptr);
 }
 
 TEST_F(MachineFileTest, LongFileReadsWhole) {
   std::string contents;
   for (int i = 0; i < 20000; ++i) contents += std::to_string(i) + "\r\n";
-  const std::string path = dir_ + "/long.txt";
+  const std::string path = dir_.File("long.txt");
   std::ofstream(path, std::ios::binary) << contents;
   auto reader = MachineFiles()->OpenTextFile(path);
   ASSERT_NE(reader, nullptr);

@@ -10,7 +10,7 @@
 
 #include "platform/registry/memory_registry.h"
 #include "platform/registry/sqlite_hive.h"
-#include "platform/registry/test_hive_dir.h"
+#include "platform/runtime/test_temp_dir.h"
 #include "platform/registry/test_registry.h"
 
 namespace ketra::regtext {
@@ -246,7 +246,7 @@ void FillOddHive(Registry& reg) {
 }
 
 TEST(RegTextTest, ExportImportExportIsTheSame) {
-  registry::TestHiveDir dir;
+  runtime::TestTempDir dir;
   std::unique_ptr<Registry> sources[] = {registry::MakeMemoryRegistry(),
                                          registry::OpenSqliteHive(dir.File("source.db"))};
   std::unique_ptr<Registry> targets[] = {registry::OpenSqliteHive(dir.File("target.db")),
@@ -261,7 +261,7 @@ TEST(RegTextTest, ExportImportExportIsTheSame) {
 }
 
 TEST(RegTextTest, AFailingChangeLeavesTheHiveAsItWas) {
-  registry::TestHiveDir dir;
+  runtime::TestTempDir dir;
   std::unique_ptr<Registry> registries[] = {registry::MakeMemoryRegistry(),
                                             registry::OpenSqliteHive(dir.File("hive.db"))};
   for (auto& reg : registries) {
