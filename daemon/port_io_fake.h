@@ -42,8 +42,6 @@ class FakePortIo final : public PortIo {
   bool held = false;
   std::deque<Bytes> from_program;  // one chunk per ReadPty (cut to the buffer)
   std::uint8_t pty_events = 0;     // PtyEvent bits told before any data, as packet mode does
-  std::size_t program_output_discarded = 0;  // by DiscardProgramOutput
-  std::optional<ProgramLine> line;
   Bytes to_program;                   // everything WritePty took
   std::size_t pty_room = kUnlimited;  // bytes WritePty takes before -EAGAIN
   int freshened = 0;
@@ -53,7 +51,6 @@ class FakePortIo final : public PortIo {
   // The terminal and the kernel.
   std::deque<Datagram> from_terminal;
   std::vector<Datagram> sent;
-  std::size_t send_room = kUnlimited;  // datagrams SendTo takes before -EAGAIN
   std::uint32_t kernel_dropped = 0;    // told with every datagram received, and when asked
   net::Endpoint local{0x7F000001u, 0};
 
@@ -87,10 +84,9 @@ class FakePortIo final : public PortIo {
     std::size_t size = 0;
     for (const Bytes& chunk : from_program) size += chunk.size();
     from_program.clear();
-    program_output_discarded += size;
     return size;
   }
-  std::optional<ProgramLine> ReadProgramLine() override { return line; }
+  std::optional<ProgramLine> ReadProgramLine() override { return std::nullopt; }
   bool Held() override { return held; }
   Freshened Freshen() override {
     ++freshened;
@@ -120,8 +116,6 @@ class FakePortIo final : public PortIo {
   net::Endpoint LocalEndpoint() const override { return socket_open_ ? local : net::Endpoint{}; }
   long SendTo(std::span<const std::uint8_t> data, const net::Endpoint& to) override {
     if (const auto error = TakeFailure(Call::kSendTo)) return -*error;
-    if (send_room == 0) return -EAGAIN;
-    if (send_room != kUnlimited) --send_room;
     sent.push_back({Bytes(data.begin(), data.end()), to});
     return static_cast<long>(data.size());
   }

@@ -44,7 +44,6 @@ TEST(LampBitmaps, EachIsABlackOutlinedDiscOfItsOwnFill) {
   } cases[] = {{Picture::kGreen, {0, 255, 128}},
                {Picture::kRed, {255, 0, 0}},
                {Picture::kGrey, {200, 200, 200}}};
-  const std::vector<std::uint8_t> green = LampBitmap(Picture::kGreen);
   for (const auto& c : cases) {
     const std::vector<std::uint8_t> file = LampBitmap(c.picture);
     ASSERT_EQ(file.size(), 1374u);
@@ -79,17 +78,6 @@ TEST(LampBitmaps, EachIsABlackOutlinedDiscOfItsOwnFill) {
     }
     EXPECT_EQ((std::array{left, right, top, bottom}), (std::array{1, 16, 3, 18}));
     EXPECT_GT(fill, 150);  // most of a disc of diameter 16
-    // The pictures differ in their fill alone: headers and every other pixel are the green's.
-    EXPECT_TRUE(std::equal(file.begin(), file.begin() + 54, green.begin()));
-    for (int y = 0; y < 22; ++y) {
-      for (int x = 0; x < 19; ++x) {
-        const bool filled = PixelAt(file, x, y) == c.fill;
-        EXPECT_EQ(filled, PixelAt(green, x, y) == (Rgb{0, 255, 128})) << x << "," << y;
-        if (!filled) {
-          EXPECT_EQ(PixelAt(file, x, y), PixelAt(green, x, y)) << x << "," << y;
-        }
-      }
-    }
     EXPECT_EQ(PixelAt(file, 8, 10), c.fill);
     // The disc is round: the corners of its bounding box are background.
     for (const auto& [x, y] : {std::pair{1, 3}, {16, 3}, {1, 18}, {16, 18}}) {

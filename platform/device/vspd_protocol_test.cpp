@@ -18,23 +18,8 @@ Bytes Msg(std::uint8_t kind, Bytes payload = {}) {
 Bytes Text(std::string_view text) { return Bytes(text.begin(), text.end()); }
 
 // The exact bytes of the requests are pinned by the daemon's end-to-end run, whose own client
-// speaks the wire format independently.
-TEST(VspdProtocolTest, RepliesSurviveTheRoundTrip) {
-  Record out{};
-  out[11] = 112;
-  const std::vector<Reply> replies = {
-      OpenReply{0},      OpenReply{kErrorFileNotFound}, IoctlReply{0, out},
-      CloseReply{0},     StatusReply{"{\"ports\":[]}"}, ErrorReply{kErrorInvalidParameter, "bad"},
-      ErrorReply{1, ""},
-  };
-  for (const auto& reply : replies) {
-    ParseError error = ParseError::kNone;
-    const auto parsed = ParseReply(EncodeReply(reply), &error);
-    ASSERT_TRUE(parsed.has_value()) << ParseErrorText(error);
-    EXPECT_EQ(*parsed, reply);
-  }
-}
-
+// speaks the wire format independently; that every message encodes back to the bytes it was
+// parsed from is the protocol fuzzer's, on its seeds in every clang build.
 TEST(VspdProtocolTest, MalformedRequestsAreRefusedWithTheirReason) {
   Bytes long_path = Msg(1, Bytes(kMaxPathLength + 1, 'A'));
   Bytes longest_path = Msg(1, Bytes(kMaxPathLength, 'A'));

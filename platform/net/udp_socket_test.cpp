@@ -40,11 +40,6 @@ TEST(UdpSocketTest, APortHeldElsewhereIsAConflictEvenOnTheAnyAddress) {
   }
 }
 
-TEST(UdpSocketTest, EndpointText) {
-  EXPECT_EQ((Endpoint{kLoopbackAddress, 3000}).ToString(), "127.0.0.1:3000");
-  EXPECT_EQ((Endpoint{0x01020304u, 1}).ToString(), "1.2.3.4:1");
-}
-
 TEST(FdTest, MovesOwnershipAndClosesOnce) {
   UdpSocket socket;
   ASSERT_EQ(socket.Open({kLoopbackAddress, 0}), 0);
