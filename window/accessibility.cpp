@@ -6,6 +6,7 @@
 #include <QAccessible>
 #include <QAccessibleWidget>
 #include <QComboBox>
+#include <QFontMetrics>
 #include <QPointer>
 #include <QRadioButton>
 #include <QWidget>
@@ -14,6 +15,7 @@
 
 #include "window/option_button.h"
 #include "window/tab_strip.h"
+#include "window/text_box.h"
 #include "window/up_down_box.h"
 
 namespace ketra::window {
@@ -186,6 +188,73 @@ class ListInterface : public QAccessibleWidget, public QAccessibleTextInterface 
   mutable std::vector<QAccessible::Id> entries_;
 };
 
+// A text box. Qt's own interface for a line edit gives every offset a text attribute run of
+// no characters; a screen reader that reads a text run by run, to speak each in its language,
+// then stops one character short ("16" for 168). Here the box's whole text is one run, as it
+// has one font. The selection is the engine's (see TextBox); the user's changes of it go
+// through the line edit to the engine, as the keys' do.
+class TextBoxInterface : public QAccessibleWidget, public QAccessibleTextInterface {
+ public:
+  explicit TextBoxInterface(TextBox* box) : QAccessibleWidget(box, QAccessible::EditableText) {}
+
+  void* interface_cast(QAccessible::InterfaceType type) override {
+    if (type == QAccessible::TextInterface) return static_cast<QAccessibleTextInterface*>(this);
+    return QAccessibleWidget::interface_cast(type);
+  }
+  QString text(QAccessible::Text t) const override {
+    if (t == QAccessible::Value) return box()->text();
+    return QAccessibleWidget::text(t);
+  }
+  QAccessible::State state() const override {
+    QAccessible::State state = QAccessibleWidget::state();
+    state.focusable = true;  // the focus comes from the engine, not from Qt's focus chain
+    state.editable = !box()->isReadOnly();
+    state.selectableText = true;
+    return state;
+  }
+
+  QString text(int start, int end) const override { return box()->text().mid(start, end - start); }
+  int characterCount() const override { return static_cast<int>(box()->text().size()); }
+  int selectionCount() const override { return box()->sel_length > 0 ? 1 : 0; }
+  void selection(int index, int* start, int* end) const override {
+    *start = *end = 0;
+    if (index != 0 || box()->sel_length <= 0) return;
+    *start = box()->sel_start;
+    *end = box()->sel_start + box()->sel_length;
+  }
+  void addSelection(int start, int end) override { setSelection(0, start, end); }
+  void removeSelection(int) override { box()->deselect(); }
+  void setSelection(int, int start, int end) override { box()->setSelection(start, end - start); }
+  int cursorPosition() const override {
+    return box()->hasFocus() ? box()->cursorPosition() : box()->sel_start + box()->sel_length;
+  }
+  void setCursorPosition(int position) override { box()->setCursorPosition(position); }
+  QRect characterRect(int offset) const override {
+    const QString shown = box()->displayText();
+    if (offset < 0 || offset >= shown.size()) return {};
+    // Measured from where the line edit puts its caret, which holds its margins and scrolling.
+    const QFontMetrics metrics(box()->font());
+    const QRect caret = box()->inputMethodQuery(Qt::ImCursorRectangle).toRect();
+    const int origin =
+        caret.left() - metrics.horizontalAdvance(shown.left(box()->cursorPosition()));
+    const QRect local(origin + metrics.horizontalAdvance(shown.left(offset)), caret.top(),
+                      metrics.horizontalAdvance(shown.at(offset)), caret.height());
+    return {box()->mapToGlobal(local.topLeft()), local.size()};
+  }
+  int offsetAtPoint(const QPoint& point) const override {
+    return box()->cursorPositionAt(box()->mapFromGlobal(point));
+  }
+  void scrollToSubstring(int, int) override {}
+  QString attributes(int, int* start, int* end) const override {
+    *start = 0;
+    *end = characterCount();
+    return {};
+  }
+
+ private:
+  TextBox* box() const { return static_cast<TextBox*>(widget()); }
+};
+
 // The up-down control: a spin button whose value is the box it steps. The value is set by the
 // arrows alone, which go to the engine.
 class UpDownInterface : public QAccessibleWidget, public QAccessibleValueInterface {
@@ -316,6 +385,7 @@ QAccessibleInterface* Factory(const QString&, QObject* object) {
   }
   if (auto* updown = dynamic_cast<UpDownBox*>(object)) return new UpDownInterface(updown);
   if (auto* option = dynamic_cast<OptionButton*>(object)) return new OptionInterface(option);
+  if (auto* box = dynamic_cast<TextBox*>(object)) return new TextBoxInterface(box);
   if (auto* strip = dynamic_cast<TabStrip*>(object)) return new PageTabListInterface(strip);
   if (auto* box = qobject_cast<QComboBox*>(object); box && !box->isEditable()) {
     return new ListInterface(box);

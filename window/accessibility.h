@@ -4,7 +4,8 @@
 // speaks it with the name; an option button is a radio button (Qt reports a check box for a
 // radio button that does not exclude its siblings itself, and ours never does: exclusion is the
 // engine's rule); the tab strip, a widget of our own, is a named page tab list with one page tab
-// for each tab; the up-down control is a spin button whose value is the box it steps.
+// for each tab; the up-down control is a spin button whose value is the box it steps; a text
+// box's text is one attribute run, and its selection the engine's.
 //
 // The Announce functions send the events by which a screen reader hears a change of what the
 // user works on; the controls' views call them when the engine changes the value shown.

@@ -195,6 +195,8 @@ void FormView::ApplyFocus() {
     applying_ = true;
     target->setFocus(Qt::OtherFocusReason);
     applying_ = outer;
+    // What the control shows only with the focus (a box's selection), now that it has it.
+    if (target != this) Apply(focus);
   }
   // The style draws its focus indicator only once the keyboard has moved the focus; here it is
   // drawn whenever a control has the focus, however it came there.

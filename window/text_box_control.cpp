@@ -11,6 +11,7 @@
 
 #include "window/control_kinds.h"
 #include "window/key_kinds.h"
+#include "window/text_box.h"
 
 namespace ketra::window {
 namespace {
@@ -18,7 +19,7 @@ namespace {
 class TextBoxControl : public ControlView {
  public:
   TextBoxControl(ControlHost& host, forms::ControlId id, QWidget* parent)
-      : ControlView(host, id), edit_(new QLineEdit(parent)) {
+      : ControlView(host, id), edit_(new TextBox(parent)) {
     widget_ = edit_;
     edit_->setFocusPolicy(Qt::NoFocus);
     edit_->setContextMenuPolicy(Qt::NoContextMenu);
@@ -35,9 +36,13 @@ class TextBoxControl : public ControlView {
     if (edit_->text() != text) edit_->setText(text);
     const int size = static_cast<int>(text.size());
     const int start = std::clamp(box.sel_start, 0, size);
+    edit_->sel_start = start;
+    edit_->sel_length = std::clamp(box.sel_length, 0, size - start);
     // A box without the focus hides its selection, as the platform's edit boxes do; the engine
-    // keeps it, and the box shows it again when the focus comes back.
-    const int length = form().focus() == id_ ? std::clamp(box.sel_length, 0, size - start) : 0;
+    // keeps it, and the box shows it again once it has the focus. Shown only after the focus
+    // moved (FormView applies the focused box again), the selection is no news to a screen
+    // reader, which reads it with the focus; shown before, it was read out as a change first.
+    const int length = edit_->window()->focusWidget() == edit_ ? edit_->sel_length : 0;
     if (length == 0) {
       if (edit_->hasSelectedText()) edit_->deselect();
       if (edit_->cursorPosition() != start) edit_->setCursorPosition(start);
@@ -135,7 +140,7 @@ class TextBoxControl : public ControlView {
     });
   }
 
-  QLineEdit* edit_;
+  TextBox* edit_;
 };
 
 }  // namespace
