@@ -191,11 +191,13 @@ void FormView::ApplyFocus() {
     target = view(focus)->focus_widget();
   }
   if (focusWidget() != target || (target == this && !hasFocus())) {
+    const ControlId left = ControlOf(focusWidget());
     const bool outer = applying_;
     applying_ = true;
     target->setFocus(Qt::OtherFocusReason);
     applying_ = outer;
-    // What the control shows only with the focus (a box's selection), now that it has it.
+    // What a control shows only with the focus (a box's selection), now that the focus moved.
+    if (left != forms::kNoControl) Apply(left);
     if (target != this) Apply(focus);
   }
   // The style draws its focus indicator only once the keyboard has moved the focus; here it is
