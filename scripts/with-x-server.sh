@@ -9,6 +9,10 @@
 # here, and on a fresh CI machine the client was refused ("could not connect to display :99")
 # by a server that had started. This server needs no cookie: it listens on local sockets only.
 #
+# -noreset: an X server resets when its last client leaves, and refuses connections while it
+# does. The accessibility bus's launcher connects, sets its address on the root window and
+# leaves just before the test starts the window, which then now and then could not connect.
+#
 # Exits 77 (CTest's skip code where a test sets it) when Xvfb is not installed.
 set -euo pipefail
 
@@ -33,7 +37,7 @@ trap cleanup EXIT
 
 # Xvfb writes the number to the pipe once it listens; if it dies first, the read sees the end.
 mkfifo "$dir/display"
-Xvfb -displayfd 3 -nolisten tcp "${xvfb_args[@]}" 3>"$dir/display" >"$dir/log" 2>&1 &
+Xvfb -displayfd 3 -nolisten tcp -noreset "${xvfb_args[@]}" 3>"$dir/display" >"$dir/log" 2>&1 &
 server=$!
 number=""
 read -r -t 60 number <"$dir/display" || true
