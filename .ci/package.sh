@@ -133,22 +133,7 @@ ok "the hive is 0660 ketra:ketra"
 # --- A fresh member of the group, no flag and no environment variable.
 useradd -m -G ketra "$member"
 as_member() { runuser -u "$member" -- env -i HOME="/home/$member" PATH=/usr/bin:/bin "$@"; }
-/usr/bin/python3 - "$work/echo.port" >"$work/echo.log" 2>&1 <<'PY' &
-import socket, sys
-s = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
-# The panel keeps UDP ports as 16-bit signed numbers: the terminal's port stays below 32768.
-for port in range(25100, 25400):
-    try:
-        s.bind(("127.0.0.1", port))
-        break
-    except OSError:
-        pass
-open(sys.argv[1], "w").write(str(s.getsockname()[1]))
-while True:
-    data, peer = s.recvfrom(65536)
-    s.sendto(data, peer)
-    print("echoed", len(data), "bytes to", peer, flush=True)
-PY
+/usr/bin/python3 .ci/udp_echo.py "$work/echo.port" >"$work/echo.log" 2>&1 &
 echo_pid=$!
 for _ in $(seq 50); do [ -s "$work/echo.port" ] && break; sleep 0.1; done
 echo_port=$(cat "$work/echo.port")

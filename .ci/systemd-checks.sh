@@ -77,22 +77,8 @@ fi
 step "a fresh member of the group ketra, no flags"
 useradd -m -G ketra "$member"
 as_member() { runuser -u "$member" -- env -i HOME="/home/$member" PATH=/usr/bin:/bin "$@"; }
-# The terminal: a UDP echo on the container's loopback. The panel keeps UDP ports as 16-bit
-# signed numbers, so its port stays below 32768.
-python3 - "$work/echo.port" >"$work/echo.log" 2>&1 <<'PY' &
-import socket, sys
-s = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
-for port in range(25100, 25400):
-    try:
-        s.bind(("127.0.0.1", port))
-        break
-    except OSError:
-        pass
-open(sys.argv[1], "w").write(str(s.getsockname()[1]))
-while True:
-    data, peer = s.recvfrom(65536)
-    s.sendto(data, peer)
-PY
+# The terminal: a UDP echo on the container's loopback.
+python3 "$(dirname "$0")/udp_echo.py" "$work/echo.port" >"$work/echo.log" 2>&1 &
 echo_pid=$!
 for _ in $(seq 50); do [ -s "$work/echo.port" ] && break; sleep 0.1; done
 echo_port=$(cat "$work/echo.port")

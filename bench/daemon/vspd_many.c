@@ -25,6 +25,8 @@
 #include <time.h>
 #include <unistd.h>
 
+#include "peer_common.h"
+
 struct port {
   int pty, udp;
   struct sockaddr_in bridge;
@@ -33,22 +35,6 @@ struct port {
   double* rounds;        /* completed round trips, us */
   long round_count, round_capacity;
 };
-
-static double now(void) {
-  struct timespec t;
-  clock_gettime(CLOCK_MONOTONIC, &t);
-  return t.tv_sec + t.tv_nsec / 1e9;
-}
-
-static int cmp(const void* a, const void* b) {
-  const double x = *(const double*)a, y = *(const double*)b;
-  return x < y ? -1 : x > y;
-}
-
-static void die(const char* what) {
-  perror(what);
-  exit(2);
-}
 
 static long window, size;
 static unsigned char message[65536];

@@ -22,21 +22,7 @@
 #include <time.h>
 #include <unistd.h>
 
-static double now(void) {
-  struct timespec t;
-  clock_gettime(CLOCK_MONOTONIC, &t);
-  return t.tv_sec + t.tv_nsec / 1e9;
-}
-
-static int cmp(const void* a, const void* b) {
-  const double x = *(const double*)a, y = *(const double*)b;
-  return x < y ? -1 : x > y;
-}
-
-static void die(const char* what) {
-  perror(what);
-  exit(2);
-}
+#include "peer_common.h"
 
 int main(int argc, char** argv) {
   if (argc < 6) {
