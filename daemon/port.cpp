@@ -190,10 +190,7 @@ void VirtualPort::ProgramGone() {
 void VirtualPort::MakeFresh() {
   const PortIo::Freshened freshened = io_->Freshen();
   // Left exclusive: the next program would get EBUSY too, until the daemon restarts.
-  const runtime::Status status = freshened.reopen_error == EBUSY ? ReplacePty()
-                                 : freshened.problem.empty()
-                                     ? runtime::Status::Ok()
-                                     : runtime::Status::IoError(freshened.problem);
+  const runtime::Status status = freshened.reopen_error == EBUSY ? ReplacePty() : freshened.status;
   if (!status.ok() && on_freshen_failed_) on_freshen_failed_(*this, status);
   // The reset's own flush and restart reach the master as events; nobody holds the port, so
   // they are taken and dropped here, before a program comes whose events they are not.
@@ -251,8 +248,8 @@ runtime::Status VirtualPort::ReplacePty() {
   // still holds back then goes with the old pty, as with a line that is swapped.
   while (RelayFromPty() == Drain::kMore) {
   }
-  if (std::string problem = io_->ReplacePty(); !problem.empty()) {
-    return runtime::Status::IoError("the device was left exclusive and " + problem);
+  if (const runtime::Status replaced = io_->ReplacePty(); !replaced.ok()) {
+    return runtime::Status::IoError("the device was left exclusive and " + replaced.message());
   }
   runtime::Status status;
   if (!link_.path().empty()) {

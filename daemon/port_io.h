@@ -19,6 +19,7 @@
 
 #include "platform/net/udp_socket.h"
 #include "platform/runtime/fd.h"
+#include "platform/runtime/status.h"
 
 namespace ketra::vspd {
 
@@ -74,19 +75,19 @@ class PortIo {
   // After the last program closed the device: gives the next one a fresh port (no input left
   // unread, output not stopped, not exclusive, the port's own termios: raw, 115200 bits/s, 8N1,
   // no flow, start/stop characters ^Q/^S). The device is opened read-only for it, so that its
-  // close is never taken for a program's (OpenWatch watches closes after writing). `problem` is
-  // "" or what could not be done, for the log; `reopen_error` is the errno when the device
+  // close is never taken for a program's (OpenWatch watches closes after writing). `status` is
+  // ok or says what could not be done, for the log; `reopen_error` is the errno when the device
   // could not be reopened at all (EBUSY: left exclusive, and the daemon lacks CAP_SYS_ADMIN).
   struct Freshened {
-    std::string problem;
+    runtime::Status status;
     int reopen_error = 0;
   };
   virtual Freshened Freshen() = 0;
   // Gives the port a new pty in place of one that cannot be made fresh: fresh settings, the old
   // one's owner group and mode; the socket stays. pty_fd() and pty_path() change; the old master is
-  // closed, with what it still held. Only while no program holds the device. Returns "" or why it
+  // closed, with what it still held. Only while no program holds the device. Returns ok or why it
   // failed (the old pty then stays).
-  virtual std::string ReplacePty() = 0;
+  virtual runtime::Status ReplacePty() = 0;
 
   // --- The UDP socket toward the terminal.
   // Binds a socket to `local`; 0 or the errno of the step that failed. The kernel is asked to

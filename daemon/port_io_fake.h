@@ -40,8 +40,8 @@ class FakePortIo final : public PortIo {
 
   // The program on the pty.
   bool held = false;
-  std::deque<Bytes> from_program;  // one chunk per ReadPty (cut to the buffer)
-  std::uint8_t pty_events = 0;     // PtyEvent bits told before any data, as packet mode does
+  std::deque<Bytes> from_program;     // one chunk per ReadPty (cut to the buffer)
+  std::uint8_t pty_events = 0;        // PtyEvent bits told before any data, as packet mode does
   Bytes to_program;                   // everything WritePty took
   std::size_t pty_room = kUnlimited;  // bytes WritePty takes before -EAGAIN
   int freshened = 0;
@@ -51,7 +51,7 @@ class FakePortIo final : public PortIo {
   // The terminal and the kernel.
   std::deque<Datagram> from_terminal;
   std::vector<Datagram> sent;
-  std::uint32_t kernel_dropped = 0;    // told with every datagram received, and when asked
+  std::uint32_t kernel_dropped = 0;  // told with every datagram received, and when asked
   net::Endpoint local{0x7F000001u, 0};
 
   int pty_fd() const override { return kPtyFd; }
@@ -94,11 +94,11 @@ class FakePortIo final : public PortIo {
     pty_events |= kInputFlushed;
     return freshen_result;
   }
-  std::string ReplacePty() override {
-    if (!replace_problem.empty()) return replace_problem;
+  runtime::Status ReplacePty() override {
+    if (!replace_problem.empty()) return runtime::Status::IoError(replace_problem);
     ++replaced;
     path_ = "/dev/pts/fake" + std::to_string(replaced);
-    return "";
+    return runtime::Status::Ok();
   }
 
   int OpenSocket(const net::Endpoint& endpoint, int) override {

@@ -209,7 +209,8 @@ class PosixPortIo final : public PortIo {
     const runtime::Fd slave = OpenSlave(slave_path_);
     if (!slave) {
       const int error = errno;
-      return {"cannot reopen " + slave_path_ + " to reset it: " + std::strerror(error), error};
+      return {runtime::Status::FromErrno("cannot reopen " + slave_path_ + " to reset it", error),
+              error};
     }
     std::string problems;
     const auto note = [&](bool ok, const char* what) {
@@ -235,13 +236,14 @@ class PosixPortIo final : public PortIo {
       FreshSettings(&settings);
       note(::tcsetattr(slave.get(), TCSANOW, &settings) == 0, "tcsetattr");
     }
-    return {problems, 0};
+    return {problems.empty() ? runtime::Status::Ok() : runtime::Status::IoError(problems), 0};
   }
 
-  std::string ReplacePty() override {
+  runtime::Status ReplacePty() override {
     struct stat old {};
     if (::stat(slave_path_.c_str(), &old) != 0) {
-      return "cannot read the owner of " + slave_path_ + ": " + std::strerror(errno);
+      const int error = errno;
+      return runtime::Status::FromErrno("cannot read the owner of " + slave_path_, error);
     }
     try {
       runtime::Fd master = NewPty([&](int slave, const std::string&) {
@@ -256,9 +258,9 @@ class PosixPortIo final : public PortIo {
       slave_path_ = SlavePath(master.get());
       master_ = std::move(master);
     } catch (const std::system_error& error) {
-      return std::string("cannot replace ") + slave_path_ + ": " + error.what();
+      return runtime::Status::IoError("cannot replace " + slave_path_ + ": " + error.what());
     }
-    return "";
+    return runtime::Status::Ok();
   }
 
   int OpenSocket(const net::Endpoint& local, int buffer_bytes) override {

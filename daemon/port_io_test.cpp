@@ -201,10 +201,12 @@ TEST(PosixPortIoTest, TheNextProgramFindsAFreshPort) {
     }
     ASSERT_FALSE(io->Held());
     if (replace) {
-      EXPECT_EQ(io->ReplacePty(), "");
+      const runtime::Status replaced = io->ReplacePty();
+      EXPECT_TRUE(replaced.ok()) << replaced.message();
       EXPECT_NE(io->pty_path(), old_path);
     } else {
-      EXPECT_EQ(io->Freshen().problem, "");
+      const runtime::Status freshened = io->Freshen().status;
+      EXPECT_TRUE(freshened.ok()) << freshened.message();
     }
 
     const runtime::Fd next(::open(io->pty_path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));

@@ -305,7 +305,9 @@ TEST(PtyReplacementTest, OnlyAnExclusiveDeviceGetsANewPtyAndLink) {
     auto owned = std::make_unique<FakePortIo>();
     FakePortIo* io = owned.get();
     io->held = true;
-    io->freshen_result = {c.reopen_error ? "cannot reopen" : "", c.reopen_error};
+    io->freshen_result = {
+        c.reopen_error ? runtime::Status::IoError("cannot reopen") : runtime::Status(),
+        c.reopen_error};
     io->replace_problem = c.replace_problem;
     PortOptions options;
     options.link_directory = directory;
