@@ -11,6 +11,7 @@
 #include "platform/device/tracing_device.h"
 #include "platform/registry/memory_registry.h"
 #include "platform/registry/test_registry.h"
+#include "platform/runtime/strings.h"
 
 namespace ketra::vspd {
 namespace {
@@ -34,7 +35,7 @@ std::unique_ptr<registry::Registry> HiveWithCom5() {
 std::string Trace(const std::vector<device::DeviceCall>& calls) {
   std::string trace;
   for (const device::DeviceCall& call : calls) {
-    char text[16];
+    char code[16];
     switch (call.kind) {
       case device::DeviceCall::Kind::kOpen:
         // The panel's way to open: no access asked, shared both ways, the device must exist.
@@ -42,12 +43,8 @@ std::string Trace(const std::vector<device::DeviceCall>& calls) {
                  (call.access == 0 && call.share == 3 && call.disposition == 3 ? "" : " oddly");
         break;
       case device::DeviceCall::Kind::kControl:
-        std::snprintf(text, sizeof text, "%08X ", call.code);
-        trace += std::string("control ") + text;
-        for (const std::uint8_t byte : call.in) {
-          std::snprintf(text, sizeof text, "%02X", byte);
-          trace += text;
-        }
+        std::snprintf(code, sizeof code, "%08X ", call.code);
+        trace += std::string("control ") + code + runtime::HexUpper(call.in);
         break;
       case device::DeviceCall::Kind::kClose:
         trace += "close";
