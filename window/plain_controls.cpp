@@ -95,7 +95,7 @@ class ImageControl : public ControlView {
     widget_ = image_;
     image_->setAlignment(Qt::AlignLeft | Qt::AlignTop);
   }
-  void Describe(const QString& label) override { label_ = label; }
+  void Describe(const QString& label) override { labelled_ = !label.isEmpty(); }
   void Apply(const Control& image) override {
     if (shown_ == image.picture && !image_->pixmap().isNull()) return;
     const QPixmap& pixmap = host_.Picture(image.picture);
@@ -103,15 +103,12 @@ class ImageControl : public ControlView {
     // An image takes the size of its picture, whatever the screen's DPI.
     if (!pixmap.isNull()) image_->resize(pixmap.size().expandedTo(host_.GeometryOf(image).size()));
     shown_ = image.picture;
-    if (!label_.isEmpty()) {
-      image_->setAccessibleName(
-          QStringLiteral("%1: %2").arg(label_, QString::fromUtf8(forms::PictureName(shown_))));
-    }
+    if (labelled_) image_->setAccessibleName(ToQt(forms::LabelName(form(), id_)));
   }
 
  private:
   QLabel* image_;
-  QString label_;
+  bool labelled_ = false;
   forms::Picture shown_ = forms::Picture::kNone;
 };
 

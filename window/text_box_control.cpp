@@ -51,19 +51,8 @@ class TextBoxControl : public ControlView {
     }
   }
 
-  // Boxes that share a label are the parts of one value, in the order of the layout.
   void Describe(const QString& label) override {
-    if (label.isEmpty()) return;
-    const forms::ControlId named_by = control().named_by;
-    int part = 0;
-    int parts = 0;
-    for (forms::ControlId other = 1; other < form().size(); ++other) {
-      const forms::Control& box = form().at(other);
-      if (box.kind != forms::Kind::kTextBox || box.named_by != named_by) continue;
-      ++parts;
-      if (other == id_) part = parts;
-    }
-    edit_->setAccessibleName(parts > 1 ? QObject::tr("%1 part %2").arg(label).arg(part) : label);
+    if (!label.isEmpty()) edit_->setAccessibleName(ToQt(forms::LabelName(form(), id_)));
   }
 
   bool Key(QKeyEvent* key) override {

@@ -656,4 +656,22 @@ Refusal Form::DownClick(ControlId updown) {
   return Refusal::kNone;
 }
 
+std::string LabelName(const Form& form, ControlId id) {
+  const Control& control = form.at(id);
+  if (control.named_by == kNoControl) return {};
+  std::string name = form.at(control.named_by).caption;
+  std::erase(name, '&');
+  if (control.kind == Kind::kImage) return name + ": " + std::string(PictureName(control.picture));
+  if (control.kind != Kind::kTextBox) return name;
+  int part = 0;
+  int parts = 0;
+  for (ControlId other = 0; other < form.size(); ++other) {
+    const Control& box = form.at(other);
+    if (box.kind != Kind::kTextBox || box.named_by != control.named_by) continue;
+    ++parts;
+    if (other == id) part = parts;
+  }
+  return parts > 1 ? name + " part " + std::to_string(part) : name;
+}
+
 }  // namespace ketra::forms

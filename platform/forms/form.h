@@ -159,6 +159,12 @@ class Form {
   bool unloaded_ = false;
 };
 
+// The name assistive tools give control `id`: the caption of the label that names it, without
+// its access-key mark; the text boxes one label names are the parts of one value, "LABEL part N"
+// in the order of the layout; a picture's name says what it shows, "LABEL: green". Empty for a
+// control without a label. The Qt and the Win32 window give the same names.
+std::string LabelName(const Form& form, ControlId id);
+
 }  // namespace ketra::forms
 
 #endif  // KETRA_PLATFORM_FORMS_FORM_H_

@@ -6,6 +6,7 @@
 #include <exception>
 #include <optional>
 
+#include "window/win32/labelled_accessible.h"
 #include "window/win32/layout_pixels.h"
 #include "window/win32/native_controls.h"
 #include "window/win32/native_order.h"
@@ -34,6 +35,16 @@ std::string WindowText(HWND hwnd) {
   text.resize(
       static_cast<std::size_t>(GetWindowTextA(hwnd, text.data(), static_cast<int>(text.size()))));
   return text;
+}
+
+// The name the form gives a control for assistive tools, from the engine's Windows-1252.
+std::wstring LabelNameOf(const forms::Form& form, ControlId id) {
+  const std::string name = forms::LabelName(form, id);
+  std::wstring wide(name.size(), L'\0');
+  wide.resize(static_cast<std::size_t>(
+      MultiByteToWideChar(1252, 0, name.data(), static_cast<int>(name.size()), wide.data(),
+                          static_cast<int>(wide.size()))));
+  return wide;
 }
 
 bool Pressed(int virtual_key) { return (GetKeyState(virtual_key) & 0x8000) != 0; }
@@ -297,6 +308,11 @@ LRESULT FormWindow::OnControlMessage(ControlId id, HWND hwnd, UINT message, WPAR
                                      LPARAM lparam) {
   if (ended_) return DefSubclassProc(hwnd, message, wparam, lparam);
   const Kind kind = form_.at(id).kind;
+  if (message == WM_GETOBJECT && form_.at(id).named_by != forms::kNoControl) {
+    if (const LRESULT answer = AnswerLabelledObject(hwnd, wparam, lparam, LabelNameOf(form_, id))) {
+      return answer;
+    }
+  }
   if (message == WM_SETFOCUS) {
     const LRESULT result = DefSubclassProc(hwnd, message, wparam, lparam);
     // The dialog manager (or a click) gave the control the focus: the engine takes it over. A
@@ -600,6 +616,8 @@ void FormWindow::Apply(ControlId id) {
         SendMessageA(hwnd, STM_SETIMAGE, IMAGE_BITMAP,
                      reinterpret_cast<LPARAM>(lamps_.get(control.picture)));
         shown_pictures_[index] = control.picture;
+        // Its name says what it shows (LabelNameOf): a screen reader reads it again.
+        NotifyWinEvent(EVENT_OBJECT_NAMECHANGE, hwnd, OBJID_CLIENT, CHILDID_SELF);
       }
       break;
     case Kind::kTimer: {

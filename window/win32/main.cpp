@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <commctrl.h>
+#include <objbase.h>
 
 #include <exception>
 #include <memory>
@@ -16,6 +17,21 @@
 #include "window/win32/message_boxes_win32.h"
 
 namespace {
+
+// COM on the window's thread, for its life: the accessible objects the window gives assistive
+// tools (labelled_accessible.h) reach them through COM's marshalling.
+class ComApartment {
+ public:
+  ComApartment() : initialized_(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED))) {}
+  ComApartment(const ComApartment&) = delete;
+  ComApartment& operator=(const ComApartment&) = delete;
+  ~ComApartment() {
+    if (initialized_) CoUninitialize();
+  }
+
+ private:
+  bool initialized_;
+};
 
 int RunPanel(HINSTANCE instance) {
   // The program has no command line; on Windows the settings live in the system registry.
@@ -45,6 +61,7 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR, int) {
   controls.dwSize = sizeof(controls);
   controls.dwICC = ICC_STANDARD_CLASSES | ICC_TAB_CLASSES | ICC_UPDOWN_CLASS;
   InitCommonControlsEx(&controls);
+  const ComApartment com;
   try {
     return RunPanel(instance);
   } catch (const std::exception& error) {
