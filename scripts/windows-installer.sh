@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds the Windows installer dist/ketra-<version>-x64.msi on Linux with msitools' wixl, from
 # packaging/windows/ketra.wxs and the programs of the Windows build: ketra.exe, ketra-session.exe
-# and ketra-reg.exe. Run after `cmake --build --preset windows`.
+# and ketra-reg.exe, and the program's icon. Run after `cmake --build --preset windows`.
 #   scripts/windows-installer.sh [BUILD_DIR]       (default build-windows)
 # KETRA_MSI_VERSION overrides the version (the upgrade test builds a newer package with it).
 set -euo pipefail
@@ -16,5 +16,7 @@ for program in ketra ketra-session ketra-reg; do
 done
 mkdir -p dist
 out="dist/ketra-${version}-x64.msi"
-wixl --arch x64 -D Version="$version" -D Bin="$build/bin" -o "$out" packaging/windows/ketra.wxs
+icon="$build/window/win32/ketra.ico"  # drawn by the build (packaging/windows/make_icon.py)
+[ -f "$icon" ] || { echo "windows-installer: $icon is missing: build the windows preset first" >&2; exit 1; }
+wixl --arch x64 -D Version="$version" -D Bin="$build/bin" -D Icon="$icon" -o "$out" packaging/windows/ketra.wxs
 echo "$out"

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # The Windows installer under Wine: installs dist/ketra-<version>-x64.msi per machine with
 # msiexec /qn on a copy of the prepared prefix, checks the three programs in Program Files\Ketra,
-# the Start menu shortcut and the entry in the list of installed programs, starts the installed
-# ketra.exe (it stores the settings of the ports it finds, then Cancel ends it), upgrades in
+# the Start menu shortcut and the entry in the list of installed programs with its icon, starts
+# the installed ketra.exe (it stores the settings of the ports it finds, then Cancel ends it), upgrades in
 # place to a newer package (one entry left, of the newer version), uninstalls, and checks that
 # the programs, the shortcut and the entry are gone while the settings under
 # HKEY_LOCAL_MACHINE\Software\Tessaron\VSP stay as they were.
@@ -49,9 +49,16 @@ for program in ketra ketra-session ketra-reg; do
 done
 shortcut_found || fail "no Start menu shortcut"
 [ "$(entries)" = 1 ] || fail "no entry for Ketra in the list of installed programs"
+# The product's icon (ARPPRODUCTICON) as the installer records it for the list of installed
+# programs. Wine 8 records it, but neither extracts the icon's file nor sets the entry's
+# DisplayIcon, as Windows does.
+product_icon=$(console "$build/bin/ketra-reg.exe" export 'HKEY_LOCAL_MACHINE\Software\Classes\Installer\Products' |
+  tr -d '\r' | awk '/^\[/ { if (ours) exit; icon = "" } /^"ProductName"="Ketra"$/ { ours = 1 }
+                     /^"ProductIcon"=/ { icon = $0 } END { if (ours) print icon }')
+[[ "$product_icon" == *'\\ketra.ico"' ]] || fail "the installed product has no icon: '$product_icon'"
 where="all users'"
 [ -f "${shortcuts[0]}" ] || where="the installing user's"
-echo "ok installed: the three programs in Program Files\\Ketra, the shortcut in $where Start menu, the uninstall entry"
+echo "ok installed: the three programs in Program Files\\Ketra, the shortcut in $where Start menu, the uninstall entry and its icon"
 
 # The installed panel: the driver's ports, as its driver publishes them at boot.
 console "$build/bin/ketra-reg.exe" import "$here/window_steps.hive.reg" || fail "device map"

@@ -10,11 +10,13 @@
 #include <exception>
 #include <memory>
 #include <string>
+#include <tuple>
 
 #include "config_appl/app/program.h"
 #include "tools/machine/machine.h"
 #include "window/win32/form_window.h"
 #include "window/win32/message_boxes_win32.h"
+#include "window/win32/resources.h"
 
 namespace {
 
@@ -49,6 +51,13 @@ int RunPanel(HINSTANCE instance) {
   }
   ketra::window::win32::FormWindow window(program.form(), instance);
   if (window.hwnd() == nullptr) throw std::runtime_error("the window could not be created");
+  // The program's icon on the title bar and the task bar (shared: the system frees it).
+  for (const auto& [which, width, height] : {std::tuple{ICON_BIG, SM_CXICON, SM_CYICON},
+                                             std::tuple{ICON_SMALL, SM_CXSMICON, SM_CYSMICON}}) {
+    HANDLE icon = LoadImageA(instance, MAKEINTRESOURCEA(KETRA_ICON), IMAGE_ICON,
+                             GetSystemMetrics(width), GetSystemMetrics(height), LR_SHARED);
+    SendMessageA(window.hwnd(), WM_SETICON, which, reinterpret_cast<LPARAM>(icon));
+  }
   boxes.SetOwner(window.hwnd());
   window.Run();
   return 0;
