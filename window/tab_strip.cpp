@@ -1,6 +1,7 @@
 // The tab strip, drawn tab by tab with the style's CE_TabBarTab.
 #include "window/tab_strip.h"
 
+#include <QMetaObject>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QStyle>
@@ -41,7 +42,10 @@ void TabStrip::setCurrentIndex(int index) {
 
 void TabStrip::focusInEvent(QFocusEvent*) {
   update();
-  AnnounceShownTab(this);
+  // Once Qt has told of the strip's own focus, which comes after this event: told before it,
+  // the tab was the strip's news and a screen reader read "Pages page tab list" alone.
+  QMetaObject::invokeMethod(
+      this, [this] { AnnounceShownTab(this); }, Qt::QueuedConnection);
 }
 
 int TabStrip::tabAt(const QPoint& point) const {

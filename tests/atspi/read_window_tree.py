@@ -190,7 +190,10 @@ KEY_STEPS = [
     (["Down"], [heard_as("text", "combo box", "VCOM Port", "COM4")]),
     # The whole text selected as the focus is told, not a part of it ("16 selected" for 168).
     (["Tab"], [heard_as("focus", "text", "IP Address Of BGAN part 2", "168 selected")]),
-    (["Tab", "Tab", "Tab", "Right"], [heard_as("focus", "page tab", "Status", "")]),
+    # The strip taking the focus announces the page shown after itself, so it is heard last.
+    (["Tab", "Tab", "Tab"], [heard_as("focus", "page tab list", "Pages", ""),
+                             heard_as("focus", "page tab", "Config", "")]),
+    (["Right"], [heard_as("focus", "page tab", "Status", "")]),
     (["Tab"] * 3, [heard_as("focus", "spin button", "Step Monitor Interval", "")]),
     (["Up"], [lambda item: item[:3] == ("value", "spin button", "Step Monitor Interval")]),
 ]
