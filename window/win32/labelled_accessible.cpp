@@ -22,17 +22,22 @@ class LabelledObject final : public IAccessible {
   LabelledObject(const LabelledObject&) = delete;
   LabelledObject& operator=(const LabelledObject&) = delete;
 
-  // IUnknown. The interfaces it does not change (IEnumVARIANT, IOleWindow...) are the standard
-  // object's.
+  // IUnknown. The window and the children (IOleWindow, IEnumVARIANT) are the standard object's.
+  // Not its IServiceProvider: that marks oleacc's own proxy, which UI Automation may replace by
+  // its own proxy for the class, and that would name the control by z-order again.
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** out) override {
     if (out == nullptr) return E_POINTER;
+    *out = nullptr;
     if (IsEqualIID(riid, __uuidof(IUnknown)) || IsEqualIID(riid, __uuidof(IDispatch)) ||
         IsEqualIID(riid, __uuidof(IAccessible))) {
       *out = static_cast<IAccessible*>(this);
       AddRef();
       return S_OK;
     }
-    return standard_->QueryInterface(riid, out);
+    if (IsEqualIID(riid, __uuidof(IOleWindow)) || IsEqualIID(riid, __uuidof(IEnumVARIANT))) {
+      return standard_->QueryInterface(riid, out);
+    }
+    return E_NOINTERFACE;
   }
   ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
   ULONG STDMETHODCALLTYPE Release() override {
