@@ -19,14 +19,7 @@ TEST(FlowCharDisplay, PrintableRangeIsShownAsTheCharacter) {
 
 using ConfigureTest = testing::StartedProgramTest;
 
-TEST_F(ConfigureTest, AnEmptyPortTextReadsNothing) {
-  Program& p = f.p();
-  p.SetText("TXT_LOCPORT", "1234");
-  p.SetText("CMB_PORT", "");
-  ShowStoredPort(p);
-  EXPECT_EQ(p.Text("TXT_LOCPORT"), "1234");
-}
-
+// That a call with no port named shows nothing is the port_fields session's.
 TEST_F(ConfigureTest, NonNumericStoredTextIsEmptiedByTheGuardButKeptInTheRow) {
   f.Store("COM4", "LOCALPORT", "abc");
   f.p().SetText("CMB_PORT", "COM4");

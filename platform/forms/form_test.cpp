@@ -282,6 +282,12 @@ TEST_F(FormTest, StepsRaiseTheirNotificationsInOrder) {
       {"choose focuses the box, then selects and clicks even the selected entry",
        "item Combo COM3; item Combo COM4; focus TxtA; choose Combo COM4; ?Combo; choose Combo COM4",
        "TxtA.GotFocus TxtA.LostFocus Combo.GotFocus Combo.Click Combo=COM4#1 Combo.Click"},
+      // The walk of the real form's stops, both ways, is the tab order and keys sessions'.
+      {"with no focus backtab goes to the last stop; a group with none selected stands by its "
+       "first",
+       "backtab; ?; focus OptA1; tab; ?",
+       "TxtFree.GotFocus @TxtFree TxtFree.LostFocus OptA1.GotFocus OptA1.LostFocus OptB2.GotFocus "
+       "@OptB2"},
       {"tab from an option that is not its group's stop goes on to the next stop",
        "click OptA2; focus OptA1; tab; ?",
        "OptA2.GotFocus OptA2.Click OptA2.LostFocus OptA1.GotFocus OptA1.LostFocus OptA2.GotFocus "
@@ -510,30 +516,6 @@ TEST_F(FormTest, HandlersActInsideTheStepThatRaisedThem) {
     Record(std::string(c.control), c.notification, c.handler);
     EXPECT_EQ(Run(c.steps), c.trace) << c.what;
   }
-}
-
-TEST_F(FormTest, TabWalksTheStopsOfTheShownPageInTabIndexOrder) {
-  // OptA1 stands for group A (selected); group B has none selected, so its first in tab order,
-  // OptB2, stands for it. Hidden, disabled, labels and frames are no stops.
-  const auto walk = [&](std::string_view move, int presses) {
-    std::string steps;
-    for (int i = 0; i < presses; ++i) steps += std::string(move) + "; ?; ";
-    std::string stops;
-    std::istringstream words(Run(steps));
-    for (std::string word; words >> word;) {
-      if (word.starts_with('@')) stops += (stops.empty() ? "" : " ") + word.substr(1);
-    }
-    return stops;
-  };
-  EXPECT_EQ(walk("tab", 8), "Tabs TxtA OptA1 OptB2 Combo Btn TxtFree Tabs");
-  Run("select OptB1; disable GroupA");
-  EXPECT_EQ(walk("tab", 5), "OptB1 Combo Btn TxtFree Tabs");
-  // Backward: the same stops the other way round, wrapping from the first to the last.
-  EXPECT_EQ(walk("backtab", 5), "TxtFree Btn Combo OptB1 Tabs");
-  Run("page 1");
-  EXPECT_EQ(walk("tab", 3), "TxtB Up Tabs");
-  Reset();
-  EXPECT_EQ(walk("backtab", 1), "TxtFree");  // with no focus, to the last stop
 }
 
 TEST_F(FormTest, TheObserverHearsEveryPropertyChange) {
