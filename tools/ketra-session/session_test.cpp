@@ -20,15 +20,6 @@ class SessionTest : public ::testing::Test {
  protected:
   SessionTest() { f_.AddPorts(2); }
 
-  // Runs a script through a fresh session and gives back its output lines as JSON.
-  std::vector<json> Run(const std::string& script) {
-    std::ostringstream out;
-    Session session(Env(), out);
-    std::istringstream in(script);
-    session.Run(in);
-    return Lines(out.str());
-  }
-
   static std::vector<json> Lines(const std::string& text) {
     std::vector<json> lines;
     std::istringstream stream(text);
@@ -41,17 +32,6 @@ class SessionTest : public ::testing::Test {
 
   ketra::testing::ProgramFixture f_;
 };
-
-TEST_F(SessionTest, TextsRoundTripBetweenUtf8AndTheProgramsCodePage) {
-  const std::vector<json> lines =
-      Run("set TXT_XON \"\\u00e9\\u20ac\"\n"
-          "set Label1 \"caf\\u00e9 \\\"quoted\\\" back\\\\slash\"\n"
-          "dump control TXT_XON\n"
-          "dump control Label1\n");
-  ASSERT_EQ(lines.size(), 2u);
-  EXPECT_EQ(lines[0]["text"], "\xC3\xA9\xE2\x82\xAC");
-  EXPECT_EQ(lines[1]["caption"], "caf\xC3\xA9 \"quoted\" back\\slash");
-}
 
 TEST_F(SessionTest, AFailureNamesTheRoutineTheCommandRan) {
   // A stored XOFF that is no byte stops ShowStoredPort inside the port choice.
