@@ -236,13 +236,6 @@ TEST(FormLayout, RefusesContainersLaidOutAfterTheirContents) {
   EXPECT_THROW(Form(no_tab, boxes), std::invalid_argument);
 }
 
-TEST_F(FormTest, NamesAreFoundWithoutRegardToCase) {
-  EXPECT_EQ(form->Find("txta"), form->Find("TXTA"));
-  EXPECT_NE(form->Find("TxtA"), kNoControl);
-  EXPECT_EQ(form->Find("Nothing"), kNoControl);
-  EXPECT_THROW(form->Id("Nothing"), std::out_of_range);
-}
-
 // Each row on a fresh form: the steps and the trace they leave.
 TEST_F(FormTest, StepsRaiseTheirNotificationsInOrder) {
   struct Case {
