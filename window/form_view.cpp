@@ -12,9 +12,7 @@
 #include <cmath>
 #include <iostream>
 #include <optional>
-#include <stdexcept>
 
-#include "platform/runtime/conversion_error.h"
 #include "window/accessibility.h"
 #include "window/tab_strip.h"
 
@@ -213,17 +211,10 @@ void FormView::ApplyFocus() {
 void FormView::Perform(const std::function<void()>& operation) {
   if (ended_) return;
   ++depth_;
-  try {
-    operation();
-  } catch (const forms::ProgramEnded&) {
-    End();
-  } catch (const runtime::ConversionError& error) {
-    // A failed conversion stops the handler where it stood, as on the platform; the program goes
-    // on with the next user action.
-    std::cerr << "ketra: a handler stopped at a failed conversion: " << error.what() << '\n';
-  } catch (const std::exception& error) {
-    std::cerr << "ketra: " << error.what() << '\n';
-  }
+  const forms::ActionOutcome outcome = forms::RunUserAction(operation, [](std::string_view reason) {
+    std::cerr << "ketra: a handler stopped: " << reason << '\n';
+  });
+  if (outcome == forms::ActionOutcome::kProgramEnded) End();
   --depth_;
   if (ended_) return;
   // Show the engine's state over anything Qt changed on its own (a refused action, say).

@@ -1,10 +1,27 @@
 // Names of the message box styles and of the reasons a user action is refused, as the session
-// prints them.
+// prints them, and the one way a user action's handlers are run.
 #include "platform/forms/services.h"
+
+#include <exception>
 
 #include "platform/forms/form.h"
 
 namespace ketra::forms {
+
+ActionOutcome RunUserAction(const std::function<void()>& action,
+                            const std::function<void(std::string_view reason)>& report) {
+  try {
+    action();
+    return ActionOutcome::kDone;
+  } catch (const ProgramEnded&) {
+    return ActionOutcome::kProgramEnded;
+  } catch (const std::exception& failure) {
+    report(failure.what());
+  } catch (...) {
+    report("unknown failure");
+  }
+  return ActionOutcome::kFailed;
+}
 
 std::string_view MsgBoxStyleName(MsgBoxStyle style) {
   switch (style) {

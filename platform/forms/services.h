@@ -4,6 +4,7 @@
 #ifndef KETRA_PLATFORM_FORMS_SERVICES_H_
 #define KETRA_PLATFORM_FORMS_SERVICES_H_
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -34,6 +35,18 @@ class AppServices {
 // routine up to the loop that drives the engine, which then stops. Not an error, and not a
 // failure any routine's error handling may catch.
 struct ProgramEnded {};
+
+// How the handlers of one user action ran.
+enum class ActionOutcome { kDone, kFailed, kProgramEnded };
+
+// Runs the handlers of one user action (a click, a key, a tick) as the platform's runtime does:
+// a handler stopped by a failure, a failed conversion among them, stops where it stood, its
+// reason goes to `report`, and the program goes on with the next action; the end of the
+// program unwinds to here and is returned, not thrown. Every loop that drives the engine (the
+// windows, the session) runs its actions through here, so that all of them treat a failure
+// alike.
+ActionOutcome RunUserAction(const std::function<void()>& action,
+                            const std::function<void(std::string_view reason)>& report);
 
 }  // namespace ketra::forms
 

@@ -124,17 +124,15 @@ bool Session::Execute(std::string_view line, int line_number) {
 }
 
 bool Session::RunAs(std::string_view routine, const std::function<void()>& action) {
-  try {
-    action();
-    return true;
-  } catch (const forms::ProgramEnded&) {
-    ended_ = true;
-  } catch (const std::exception& failure) {
-    Print(FailureEvent(routine, failure.what()));
-  } catch (...) {
-    Print(FailureEvent(routine, "unknown failure"));
-  }
-  return false;
+  return Run(action, [&] { return std::string(routine); });
+}
+
+bool Session::Run(const std::function<void()>& action,
+                  const std::function<std::string()>& routine) {
+  const forms::ActionOutcome outcome = forms::RunUserAction(
+      action, [&](std::string_view reason) { Print(FailureEvent(routine(), reason)); });
+  if (outcome == forms::ActionOutcome::kProgramEnded) ended_ = true;
+  return outcome == forms::ActionOutcome::kDone;
 }
 
 bool Session::Refused(forms::ControlId id, forms::Refusal refusal) {
@@ -333,17 +331,9 @@ void Session::DoBackTab(Words& words) {
 
 void Session::MoveInTabOrder(const std::function<void()>& move) {
   forms::Form& form = program_.form();
-  const forms::ControlId old = form.focus();
-  std::string routine = Handler(old, "LostFocus");
-  try {
-    move();
-  } catch (const forms::ProgramEnded&) {
-    ended_ = true;
-  } catch (const std::exception& failure) {
-    // With no LostFocus handler behind the failure, the focus has reached the new control.
-    if (routine.empty()) routine = FocusRoutine(form.focus());
-    Print(FailureEvent(routine, failure.what()));
-  }
+  const std::string lost_focus = Handler(form.focus(), "LostFocus");
+  // With no LostFocus handler behind a failure, the focus has reached the new control.
+  Run(move, [&] { return lost_focus.empty() ? FocusRoutine(form.focus()) : lost_focus; });
 }
 
 void Session::DoKey(Words& words) {
@@ -381,13 +371,7 @@ void Session::DoKey(Words& words) {
     }
   };
   forms::Refusal refusal = forms::Refusal::kNone;
-  try {
-    refusal = form.Press(id, key->second);
-  } catch (const forms::ProgramEnded&) {
-    ended_ = true;
-  } catch (const std::exception& failure) {
-    Print(FailureEvent(routine(), failure.what()));
-  }
+  Run([&] { refusal = form.Press(id, key->second); }, routine);
   Refused(id, refusal);
 }
 

@@ -95,6 +95,9 @@ class Session : private forms::MessageBoxService {
   // Runs `action` as the routine `routine`: a failure that reaches here is printed, the end of
   // the program is noted. True when the action ran to its end.
   bool RunAs(std::string_view routine, const std::function<void()>& action);
+  // The same, for an action whose routine is known only once it failed (which control the
+  // focus reached, which option an arrow chose).
+  bool Run(const std::function<void()>& action, const std::function<std::string()>& routine);
   // Prints a refusal; true when the action was refused.
   bool Refused(forms::ControlId id, forms::Refusal refusal);
 

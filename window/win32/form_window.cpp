@@ -3,8 +3,8 @@
 #include <commctrl.h>
 
 #include <algorithm>
-#include <exception>
 #include <optional>
+#include <string>
 
 #include "window/win32/labelled_accessible.h"
 #include "window/win32/layout_pixels.h"
@@ -501,15 +501,9 @@ void FormWindow::PushSelection(ControlId id, HWND edit) {
 void FormWindow::Perform(const std::function<void()>& operation) {
   if (ended_) return;
   ++depth_;
-  try {
-    operation();
-  } catch (const forms::ProgramEnded&) {
-    End();
-  } catch (const std::exception& error) {
-    // A handler that met a failed conversion stops where it stood, as on the platform, and the
-    // program goes on with the next user action.
-    OutputDebugStringA(error.what());
-  }
+  const forms::ActionOutcome outcome = forms::RunUserAction(
+      operation, [](std::string_view reason) { OutputDebugStringA(std::string(reason).c_str()); });
+  if (outcome == forms::ActionOutcome::kProgramEnded) End();
   --depth_;
   if (ended_) return;
   ApplyAll();
