@@ -13,6 +13,7 @@
 #include <iostream>
 #include <optional>
 
+#include "platform/forms/user_actions.h"
 #include "window/accessibility.h"
 #include "window/tab_strip.h"
 
@@ -50,7 +51,16 @@ int TwipsToPixels(int twips, double dpi) {
 }
 
 FormView::FormView(forms::Form& form, const PictureSet& pictures, double dpi, QWidget* parent)
-    : QWidget(parent), form_(form), dpi_(dpi) {
+    : QWidget(parent),
+      form_(form),
+      dpi_(dpi),
+      actions_(form, {.report =
+                          [](std::string_view reason) {
+                            std::cerr << "ketra: a handler stopped: " << reason << '\n';
+                          },
+                      // Over anything Qt changed on its own (a refused action, say).
+                      .show_state = [this] { ApplyAll(); },
+                      .end = [this] { End(); }}) {
   if (dpi_ <= 0) {
     const QScreen* screen = QGuiApplication::primaryScreen();
     dpi_ = screen ? screen->logicalDotsPerInchY() : 96.0;
@@ -75,13 +85,13 @@ FormView::FormView(forms::Form& form, const PictureSet& pictures, double dpi, QW
     // Within an operation the focus moves once it is over (Perform), when the engine's
     // handlers are done with the control: a box's GotFocus selects its text before a screen
     // reader is told of the focus, which then reads the whole text as selected, not a part.
-    if (depth_ == 0) ApplyFocus();
+    if (!actions_.under_way()) ApplyFocus();
   });
   ApplyAll();
 }
 
 FormView::~FormView() {
-  if (!ended_) form_.SetObserver(nullptr);
+  if (!actions_.ended()) form_.SetObserver(nullptr);
 }
 
 QWidget* FormView::widget(ControlId id) const {
@@ -147,7 +157,7 @@ void FormView::ApplyAll() {
 }
 
 void FormView::Apply(ControlId id) {
-  if (ended_) return;
+  if (actions_.ended()) return;
   const Control& control = form_.at(id);
   if (control.kind == Kind::kForm) {
     const QString caption = ToQt(control.caption);
@@ -182,7 +192,7 @@ void FormView::Apply(ControlId id) {
 }
 
 void FormView::ApplyFocus() {
-  if (ended_) return;
+  if (actions_.ended()) return;
   const ControlId focus = form_.focus();
   QWidget* target = this;
   if (focus != forms::kNoControl && view(focus) && view(focus)->focus_widget()) {
@@ -208,30 +218,9 @@ void FormView::ApplyFocus() {
 
 // --- Widgets to engine. ---
 
-void FormView::Perform(const std::function<void()>& operation) {
-  if (ended_) return;
-  ++depth_;
-  const forms::ActionOutcome outcome = forms::RunUserAction(operation, [](std::string_view reason) {
-    std::cerr << "ketra: a handler stopped: " << reason << '\n';
-  });
-  if (outcome == forms::ActionOutcome::kProgramEnded) End();
-  --depth_;
-  if (ended_) return;
-  // Show the engine's state over anything Qt changed on its own (a refused action, say).
-  ApplyAll();
-  if (depth_ == 0 && !pending_ticks_.empty()) {
-    std::vector<ControlId> ticks;
-    ticks.swap(pending_ticks_);
-    for (const ControlId timer : ticks) {
-      Perform([this, timer] { form_.Tick(timer); });
-      if (ended_) return;
-    }
-  }
-}
+void FormView::Perform(const std::function<void()>& operation) { actions_.Run(operation); }
 
 void FormView::End() {
-  if (ended_) return;
-  ended_ = true;
   form_.SetObserver(nullptr);
   for (const std::unique_ptr<ControlView>& shown : views_) {
     if (shown && shown->timer()) shown->timer()->stop();
@@ -248,15 +237,7 @@ void FormView::PressAsUser(ControlId id, forms::Key key) {
   Perform([this, id, key] { form_.Press(id, key); });
 }
 
-void FormView::Tick(ControlId id) {
-  // Notifications run one after the other: a tick that comes while a message box is open
-  // waits for the operation that opened it to finish.
-  if (depth_ > 0) {
-    pending_ticks_.push_back(id);
-    return;
-  }
-  Perform([this, id] { form_.Tick(id); });
-}
+void FormView::Tick(ControlId id) { actions_.Tick(id); }
 
 ControlId FormView::ControlOf(QObject* object) const {
   for (QObject* at = object; at && at != this; at = at->parent()) {
@@ -274,7 +255,7 @@ bool FormView::eventFilter(QObject* watched, QEvent* event) {
     return QWidget::eventFilter(watched, event);
   }
   const ControlId id = ControlOf(watched);
-  if (id == forms::kNoControl || ended_) return QWidget::eventFilter(watched, event);
+  if (id == forms::kNoControl || actions_.ended()) return QWidget::eventFilter(watched, event);
 
   if (key) {
     auto* press = static_cast<QKeyEvent*>(event);
@@ -313,7 +294,7 @@ bool FormView::eventFilter(QObject* watched, QEvent* event) {
 bool FormView::focusNextPrevChild(bool next) {
   // Qt moves the focus on its own when it hides or disables the focused widget; the engine
   // holds the focus, so that move is not made. Tab on the window itself is the user's Tab.
-  if (applying_ || ended_ || depth_ > 0) return true;
+  if (applying_ || actions_.ended() || actions_.under_way()) return true;
   Perform([this, next] {
     if (next) {
       form_.Tab();
@@ -325,8 +306,8 @@ bool FormView::focusNextPrevChild(bool next) {
 }
 
 void FormView::closeEvent(QCloseEvent* event) {
-  if (!ended_) Perform([this] { form_.Close(); });
-  if (ended_) {
+  Perform([this] { form_.Close(); });
+  if (actions_.ended()) {
     event->accept();
   } else {
     event->ignore();

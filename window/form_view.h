@@ -25,6 +25,7 @@
 #include <vector>
 
 #include "platform/forms/form.h"
+#include "platform/forms/user_actions.h"
 #include "window/control_view.h"
 
 class QTimer;
@@ -63,7 +64,7 @@ class FormView : public QWidget, private ControlHost {
   // The tab strip of the form's tab control; nullptr when it has none.
   TabStrip* tab_strip() const { return tab_strip_; }
   double dpi() const { return dpi_; }
-  bool program_ended() const { return ended_; }
+  bool program_ended() const { return actions_.ended(); }
 
   // The user shows a page of the tab control, as a click on its tab does.
   void ShowPageAsUser(int page);
@@ -86,7 +87,7 @@ class FormView : public QWidget, private ControlHost {
   // ControlHost: what the controls' views use.
   forms::Form& form() override { return form_; }
   void Perform(const std::function<void()>& operation) override;
-  bool Listening() const override { return !applying_ && !ended_; }
+  bool Listening() const override { return !applying_ && !actions_.ended(); }
   void Tick(forms::ControlId timer) override;
   void Reapply(forms::ControlId id) override { Apply(id); }
   int Px(int twips) const override { return TwipsToPixels(twips, dpi_); }
@@ -113,12 +114,10 @@ class FormView : public QWidget, private ControlHost {
   double dpi_;
   std::vector<std::unique_ptr<ControlView>> views_;  // by ControlId; none for the form
   TabStrip* tab_strip_ = nullptr;
-  int depth_ = 0;          // user operations under way (a message box nests inside one)
   bool applying_ = false;  // an engine change is being put on a widget
-  bool ended_ = false;
   bool painted_ = false;
-  std::vector<forms::ControlId> pending_ticks_;
   std::array<QPixmap, 4> pictures_;  // by forms::Picture
+  forms::UserActions actions_;       // one at a time, ticks held while a box is open
 };
 
 }  // namespace ketra::window

@@ -103,7 +103,20 @@ std::optional<std::string> ClipboardLine(HWND owner) {
 
 }  // namespace
 
-FormWindow::FormWindow(forms::Form& form, HINSTANCE instance) : form_(form) { Build(instance); }
+FormWindow::FormWindow(forms::Form& form, HINSTANCE instance)
+    : form_(form),
+      actions_(form, {.report =
+                          [](std::string_view reason) {
+                            OutputDebugStringA(std::string(reason).c_str());
+                          },
+                      .show_state =
+                          [this] {
+                            ApplyAll();
+                            ApplyFocus();
+                          },
+                      .end = [this] { End(); }}) {
+  Build(instance);
+}
 
 FormWindow::~FormWindow() {
   form_.SetObserver(nullptr);
@@ -169,12 +182,12 @@ void FormWindow::Build(HINSTANCE instance) {
 }
 
 void FormWindow::Run() {
-  if (dialog_ == nullptr || ended_) return;
+  if (dialog_ == nullptr || actions_.ended()) return;
   ShowWindow(dialog_, SW_SHOW);
   SetForegroundWindow(dialog_);
   ApplyFocus();
   MSG message;
-  while (!ended_ && GetMessageA(&message, nullptr, 0, 0) > 0) {
+  while (!actions_.ended() && GetMessageA(&message, nullptr, 0, 0) > 0) {
     if (!IsDialogMessageA(dialog_, &message)) {
       TranslateMessage(&message);
       DispatchMessageA(&message);
@@ -228,7 +241,7 @@ bool FormWindow::OnDialogMessage(UINT message, WPARAM wparam, LPARAM lparam, LRE
     case WM_COMMAND: {
       // Enter and Escape send IDOK and IDCANCEL: the form has no default or cancel button.
       const ControlId id = ControlOf(wparam);
-      if (id == forms::kNoControl || applying_ || ended_) return true;
+      if (id == forms::kNoControl || applying_ || actions_.ended()) return true;
       const Kind kind = form_.at(id).kind;
       const WORD code = HIWORD(wparam);
       if ((kind == Kind::kButton || kind == Kind::kOption) && code == BN_CLICKED) {
@@ -254,7 +267,7 @@ bool FormWindow::OnDialogMessage(UINT message, WPARAM wparam, LPARAM lparam, LRE
       if (id == forms::kNoControl) return false;
       if (header->code == UDN_DELTAPOS) {
         const int delta = reinterpret_cast<const NMUPDOWN*>(lparam)->iDelta;
-        if (!applying_ && !ended_) {
+        if (!applying_ && !actions_.ended()) {
           Perform([this, id, delta] {
             if (delta > 0) {
               form_.UpClick(id);
@@ -285,7 +298,7 @@ bool FormWindow::OnDialogMessage(UINT message, WPARAM wparam, LPARAM lparam, LRE
       if (const ControlId id = ControlOf(wparam); id != forms::kNoControl) OnTimer(id);
       return true;
     case WM_CLOSE:
-      if (!ended_) Perform([this] { form_.Close(); });
+      Perform([this] { form_.Close(); });
       return true;
     default:
       return false;
@@ -306,7 +319,7 @@ LRESULT CALLBACK FormWindow::ControlProc(HWND hwnd, UINT message, WPARAM wparam,
 
 LRESULT FormWindow::OnControlMessage(ControlId id, HWND hwnd, UINT message, WPARAM wparam,
                                      LPARAM lparam) {
-  if (ended_) return DefSubclassProc(hwnd, message, wparam, lparam);
+  if (actions_.ended()) return DefSubclassProc(hwnd, message, wparam, lparam);
   const Kind kind = form_.at(id).kind;
   if (message == WM_GETOBJECT && form_.at(id).named_by != forms::kNoControl) {
     if (const LRESULT answer = AnswerLabelledObject(hwnd, wparam, lparam, LabelNameOf(form_, id))) {
@@ -318,7 +331,7 @@ LRESULT FormWindow::OnControlMessage(ControlId id, HWND hwnd, UINT message, WPAR
     // The dialog manager (or a click) gave the control the focus: the engine takes it over. A
     // focus that comes back while an operation runs (a message box closing) is none of the
     // user's doing; the operation's end shows the engine's focus.
-    if (!applying_ && depth_ == 0 && forms::TakesFocus(kind) && form_.focus() != id) {
+    if (!applying_ && !actions_.under_way() && forms::TakesFocus(kind) && form_.focus() != id) {
       Perform([this, id] { form_.Focus(id); });
     }
     return result;
@@ -482,7 +495,7 @@ LRESULT FormWindow::OnComboBoxMessage(ControlId id, HWND hwnd, UINT message, WPA
 }
 
 void FormWindow::PushSelection(ControlId id, HWND edit) {
-  if (applying_ || ended_ || depth_ > 0 || form_.focus() != id) return;
+  if (applying_ || actions_.ended() || actions_.under_way() || form_.focus() != id) return;
   DWORD start = 0;
   DWORD end = 0;
   SendMessageA(edit, EM_GETSEL, reinterpret_cast<WPARAM>(&start), reinterpret_cast<LPARAM>(&end));
@@ -498,39 +511,11 @@ void FormWindow::PushSelection(ControlId id, HWND edit) {
 
 // --- Operations. ---
 
-void FormWindow::Perform(const std::function<void()>& operation) {
-  if (ended_) return;
-  ++depth_;
-  const forms::ActionOutcome outcome = forms::RunUserAction(
-      operation, [](std::string_view reason) { OutputDebugStringA(std::string(reason).c_str()); });
-  if (outcome == forms::ActionOutcome::kProgramEnded) End();
-  --depth_;
-  if (ended_) return;
-  ApplyAll();
-  ApplyFocus();
-  if (depth_ == 0 && !pending_ticks_.empty()) {
-    std::vector<ControlId> ticks;
-    ticks.swap(pending_ticks_);
-    for (const ControlId timer : ticks) {
-      Perform([this, timer] { form_.Tick(timer); });
-      if (ended_) return;
-    }
-  }
-}
+void FormWindow::Perform(const std::function<void()>& operation) { actions_.Run(operation); }
 
-void FormWindow::OnTimer(ControlId id) {
-  // Notifications run one after the other: a tick that comes while a message box is open waits
-  // for the operation that opened it to finish.
-  if (depth_ > 0) {
-    pending_ticks_.push_back(id);
-    return;
-  }
-  Perform([this, id] { form_.Tick(id); });
-}
+void FormWindow::OnTimer(ControlId id) { actions_.Tick(id); }
 
 void FormWindow::End() {
-  if (ended_) return;
-  ended_ = true;
   form_.SetObserver(nullptr);
   for (ControlId id = 0; id < form_.size(); ++id) {
     if (timers_running_[static_cast<std::size_t>(id)]) {
@@ -554,7 +539,7 @@ void FormWindow::ApplyAll() {
 }
 
 void FormWindow::Apply(ControlId id) {
-  if (ended_ || dialog_ == nullptr) return;
+  if (actions_.ended() || dialog_ == nullptr) return;
   const Raised applying(applying_);
   const forms::Control& control = form_.at(id);
   const auto index = static_cast<std::size_t>(id);
@@ -633,7 +618,7 @@ void FormWindow::Apply(ControlId id) {
 }
 
 void FormWindow::ApplyStructure() {
-  if (ended_ || dialog_ == nullptr) return;
+  if (actions_.ended() || dialog_ == nullptr) return;
   const Raised applying(applying_);
   const std::vector<ControlId> stops = form_.TabStops();
   for (ControlId id = 0; id < form_.size(); ++id) {
@@ -652,7 +637,7 @@ void FormWindow::ApplyStructure() {
 }
 
 void FormWindow::ApplyFocus() {
-  if (ended_ || dialog_ == nullptr) return;
+  if (actions_.ended() || dialog_ == nullptr) return;
   const ControlId focus = form_.focus();
   HWND target = focus == forms::kNoControl ? nullptr : windows_[static_cast<std::size_t>(focus)];
   if (target == nullptr || GetFocus() == target) return;

@@ -24,6 +24,7 @@
 #include <vector>
 
 #include "platform/forms/form.h"
+#include "platform/forms/user_actions.h"
 #include "window/win32/dialog_font.h"
 #include "window/win32/lamp_bitmaps_win32.h"
 
@@ -60,8 +61,7 @@ class FormWindow {
   // A control laid out past the edge of a frame around it is cut there, or never shown.
   void ClipToContainers(forms::ControlId id, HWND hwnd);
 
-  // Runs one user operation: catches the end of the program and failures, then shows the
-  // engine's state again, and runs the ticks that came while a message box was open.
+  // Runs one user operation through actions_ (forms::UserActions).
   void Perform(const std::function<void()>& operation);
   void End();
   void OnTimer(forms::ControlId id);
@@ -87,10 +87,8 @@ class FormWindow {
   std::vector<forms::Picture> shown_pictures_;         // images: the picture shown
   std::vector<bool> timers_running_;                   // timers: whether SetTimer runs
   std::vector<bool> clipped_out_;                      // controls that their containers hide whole
-  int depth_ = 0;          // user operations under way (a message box nests inside one)
-  bool applying_ = false;  // the engine's state is being put on a control
-  bool ended_ = false;
-  std::vector<forms::ControlId> pending_ticks_;
+  bool applying_ = false;       // the engine's state is being put on a control
+  forms::UserActions actions_;  // one at a time, ticks held while a box is open
 };
 
 }  // namespace ketra::window::win32
