@@ -61,15 +61,34 @@ def main():
             return 1
         first = os.readlink(link)
         # The programs run unprivileged too: root's CAP_SYS_ADMIN would open an exclusive port.
-        # The first holds the port long enough for the daemon to see it held, as a real one does.
+        # The first holds the port long enough for the daemon to see it held, as a real one does,
+        # and leaves the port slow, canonical, without start/stop characters and stopped too; the
+        # next finds the port's own settings on the new pty, as vspd_line_e2e's after a reset.
         program = ("import fcntl, os, sys, termios, time\n"
                    "fd = os.open(sys.argv[1], os.O_RDWR | os.O_NOCTTY | os.O_NONBLOCK)\n"
+                   "a = termios.tcgetattr(fd)\n"
                    "if sys.argv[2] == 'exclusive':\n"
+                   "    a[4] = a[5] = termios.B1200\n"
+                   "    a[0] |= termios.IXON\n"
+                   "    a[3] |= termios.ICANON | termios.ECHO\n"
+                   "    a[6][termios.VSTART] = a[6][termios.VSTOP] = b'\\0'\n"
+                   "    termios.tcsetattr(fd, termios.TCSANOW, a)\n"
                    "    fcntl.ioctl(fd, termios.TIOCEXCL)\n"
+                   "    termios.tcflow(fd, termios.TCOOFF)\n"
                    "    time.sleep(0.5)\n"
                    "else:\n"
-                   "    got = fcntl.ioctl(fd, %d, b'\\xff' * 4)\n"
-                   "    sys.exit(0 if got == bytes(4) else 3)\n" % TIOCGEXCL)
+                   "    stale = []\n"
+                   "    if fcntl.ioctl(fd, %d, b'\\xff' * 4) != bytes(4): stale.append('exclusive')\n"
+                   "    if a[4] != termios.B115200: stale.append('speed')\n"
+                   "    if a[0] & termios.IXON or a[3] & (termios.ICANON | termios.ECHO):\n"
+                   "        stale.append('modes')\n"
+                   "    if a[6][termios.VSTART] != b'\\x11' or a[6][termios.VSTOP] != b'\\x13':\n"
+                   "        stale.append('start/stop characters')\n"
+                   "    try:\n"
+                   "        os.write(fd, b'?')\n"
+                   "    except BlockingIOError:\n"
+                   "        stale.append('output stopped')\n"
+                   "    sys.exit('stale: %%s' %% stale if stale else 0)\n" % TIOCGEXCL)
 
         def run_program(mode):
             return subprocess.run(
@@ -83,7 +102,7 @@ def main():
         # The daemon handles the last close in its loop: wait until it has pointed the link anew.
         check(wait_for(lambda: os.readlink(link) != first), "the link points at a new pty")
         done = run_program("next")
-        check(done.returncode == 0, "the next program opens the port, not exclusive " +
+        check(done.returncode == 0, "the next program finds a fresh port on the new pty " +
               done.stderr.strip())
         check(daemon.poll() is None, "the daemon still runs")
     finally:
