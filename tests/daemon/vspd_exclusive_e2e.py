@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """A port the last program left exclusive (TIOCEXCL) opens again, with the daemon run as an
 unprivileged user as the service is: the daemon cannot reopen such a device without
-CAP_SYS_ADMIN, so it gives the port a new pty and points the link there.
+CAP_SYS_ADMIN, so it gives the port a new pty and points the link there, on which the next
+program finds none of the state the last one left.
 
 Needs root to drop to another user (setpriv); otherwise it is skipped (exit 77).
 No network traffic at all.
