@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 
 namespace ketra::vspd {
 namespace {
@@ -145,16 +146,22 @@ void VirtualPort::OnSocketEvents(std::uint32_t events) {
 void VirtualPort::DeviceTouched(bool closed_after_writing) {
   // While held, the master's hang-up tells when the last program goes.
   if (held_) return;
+  // The kernel queues a close for the watchers before it hangs up the master, so the close of
+  // a program the port saw leave comes in the first batch after it (with the open of the
+  // reset that followed): it is not a program gone unseen. (Only one that opened and closed
+  // within that moment would be taken for it.)
+  const bool own_close_due = std::exchange(own_close_due_, false);
   // What a program wrote before it closed again, too quickly to be seen as holding the port.
   while (RelayFromPty() == Drain::kMore) {
   }
   if (io_->Held()) {
     ProgramCame();
-  } else if (closed_after_writing) {
+  } else if (closed_after_writing && !own_close_due) {
     // A program came and went before the port saw it: it may have left its state behind. The
     // daemon's own opens close without writing, so they never lead here.
     ProgramCame();
     ProgramGone();
+    own_close_due_ = false;
   }
   UpdateInterest();
 }
@@ -169,6 +176,7 @@ void VirtualPort::ProgramGone() {
   if (pty_watch_ != 0) poller_.Remove(pty_watch_);
   pty_watch_ = 0;
   held_ = false;
+  own_close_due_ = true;
   if (trace_ != nullptr) {
     Emit(TraceKind::kClose);
     if (to_pty_.size() > to_pty_offset_) {

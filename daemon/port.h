@@ -194,6 +194,9 @@ class VirtualPort {
   std::unique_ptr<PortIo> io_;
   PortLink link_;
   bool held_ = false;
+  // The port saw its last program leave; that program's close may still wait in the open
+  // watch's queue, and must not be taken for another program's (DeviceTouched).
+  bool own_close_due_ = false;
   Poller::WatchId pty_watch_ = 0;  // only while held: an unheld master reports hang-up always
   Poller::WatchId socket_watch_ = 0;
 

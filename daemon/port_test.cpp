@@ -210,8 +210,9 @@ TEST_F(RelayTest, AnXoffThatFindsTheSendSideFullGoesWhenItEmpties) {
 
 // That the bytes of a port nobody holds are counted and that a program opening it is seen are
 // checked end to end; here the way back to unheld, with a stopped terminal, and which device
-// events lead to a reset: a program that came and went unseen does, the daemon's own read-only
-// open of its reset does not (it would wake the port for ever).
+// events lead to a reset: a program that came and went unseen does; the daemon's own read-only
+// open of its reset does not (it would wake the port for ever), nor does the late close of the
+// program seen to leave.
 TEST_F(RelayTest, NobodyHoldsThePortThenAProgramOpensItThenLeaves) {
   Make(false);
   Connect(true);
@@ -238,6 +239,10 @@ TEST_F(RelayTest, NobodyHoldsThePortThenAProgramOpensItThenLeaves) {
   EXPECT_FALSE(poller_.Interest(kPty));
   EXPECT_EQ(Sent(), (std::vector<Bytes>{{kXoff}, Text("bye"), {kXon}}));
   EXPECT_EQ(port_->counters().unheld_bytes, 4u) << "what waited for the program";
+  port_->DeviceTouched(true);
+  EXPECT_EQ(io_->freshened, 2) << "the close of the program seen to leave";
+  port_->DeviceTouched(true);
+  EXPECT_EQ(io_->freshened, 3) << "the close of the next one, gone unseen";
 }
 
 // The program's flushes, told by the pty before its data: of its input, what the port holds
