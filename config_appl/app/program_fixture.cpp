@@ -29,7 +29,7 @@ ProgramFixture::ProgramFixture() : memory(registry::MakeMemoryRegistry()), regis
 
 Program& ProgramFixture::NewProgram() {
   program_.reset();
-  program_ = std::make_unique<Program>(Platform{registry, traced, app, files, boxes});
+  program_ = std::make_unique<Program>(Platform{registry, device, app, files, boxes});
   return *program_;
 }
 

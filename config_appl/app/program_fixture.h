@@ -12,7 +12,6 @@
 
 #include "config_appl/app/program.h"
 #include "platform/device/scripted_device.h"
-#include "platform/device/tracing_device.h"
 #include "platform/registry/faulty_registry.h"
 #include "platform/runtime/text_file.h"
 
@@ -71,8 +70,6 @@ class ProgramFixture {
   std::unique_ptr<registry::Registry> memory;
   registry::FaultyRegistry registry;
   device::ScriptedDevice device;
-  std::vector<device::DeviceCall> calls;  // every device call the program made
-  device::TracingDevice traced{device, [this](const device::DeviceCall& c) { calls.push_back(c); }};
   FixedApp app;
   runtime::MemoryFileSystem files;
   RecordingBoxes boxes;

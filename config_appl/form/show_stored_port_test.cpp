@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "config_appl/app/test_started_program.h"
+#include "config_appl/app/program_fixture.h"
 
 namespace ketra {
 namespace {
@@ -17,10 +17,12 @@ TEST(FlowCharDisplay, PrintableRangeIsShownAsTheCharacter) {
   for (const auto& [code, text] : cases) EXPECT_EQ(FlowCharDisplay(code), text) << code;
 }
 
-using ConfigureTest = testing::StartedProgramTest;
-
-// That a call with no port named shows nothing is the port_fields session's.
-TEST_F(ConfigureTest, NonNumericStoredTextIsEmptiedByTheGuardButKeptInTheRow) {
+// That a call with no port named shows nothing is the port_fields session's; a store changed
+// behind the running program's back no session can make.
+TEST(ShowStoredPort, NonNumericStoredTextIsEmptiedByTheGuardButKeptInTheRow) {
+  testing::ProgramFixture f;
+  f.AddPorts(2);
+  ASSERT_TRUE(f.Start());
   f.Store("COM4", "LOCALPORT", "abc");
   f.p().SetText("CMB_PORT", "COM4");
   EXPECT_EQ(f.p().Text("TXT_LOCPORT"), "");

@@ -107,7 +107,7 @@ TEST(SaveAllPorts, ASaveKilledAtAnyMomentLeavesTheStoreAsBeforeOrAfterIt) {
       registry::KillWriterMidway(12, std::chrono::milliseconds(2), [&](const auto& report) {
         ProgramFixture f;
         auto file = registry::OpenSqliteHive(hive);
-        Program program(Platform{*file, f.traced, f.app, f.files, f.boxes});
+        Program program(Platform{*file, f.device, f.app, f.files, f.boxes});
         Declarations& d = program.decl();
         d.LastPort = kPorts - 1;
         for (int round = 1;; ++round) {

@@ -72,13 +72,14 @@ Key KeyNamed(std::string_view name) {
 
 // A form of kLayout driven by steps, "verb NAME ARG" with "; " between them:
 //  user actions: click, focus, choose, type, paste, backspace, key, up, down (the up-down
-//    arrows), tick, tab, backtab, page N, close, start (Load, then the first stop);
+//    arrows), tick, tab, backtab, page N;
 //  the program's assignments: set (the text), select and clear (an option), enable, disable,
 //    show, hide, item (adds a list entry), selstart, sellength, picture (red), box (a text box's
 //    text and selection, "1[23]4" or "12|").
 // Run gives the trace the steps left: every notification as "Name.Event" (a Change with the text
 // the box held), a refused action as "!reason", an action that does not apply to the control as
-// "!invalid", the end of the program as "!unloaded"; "?NAME" adds the state of NAME, "?" the focus.
+// "!invalid"; "?NAME" adds the state of NAME, "?" the focus. The start and the end of the program
+// are the sessions' to check.
 class FormTest : public ::testing::Test {
  protected:
   FormTest() { Reset(); }
@@ -117,8 +118,6 @@ class FormTest : public ::testing::Test {
         }
       } catch (const std::invalid_argument&) {
         trace.push_back("!invalid");
-      } catch (const ProgramEnded&) {
-        trace.push_back(form->unloaded() ? "!unloaded" : "!ended without an unload");
       }
     }
     std::string joined;
@@ -164,10 +163,6 @@ class FormTest : public ::testing::Test {
       form->BackTab();
     } else if (verb == "page") {
       form->ShowPage(std::stoi(name));
-    } else if (verb == "close") {
-      form->Close();
-    } else if (verb == "start") {
-      form->Start();
     } else {
       return DoOn(verb, form->Id(name), arg);
     }
@@ -292,7 +287,6 @@ TEST_F(FormTest, StepsRaiseTheirNotificationsInOrder) {
        "Tabs.GotFocus Up.UpClick Up.DownClick @Tabs"},
       {"timers tick on any page when enabled with an interval",
        "tick Clock; tick Still; disable Clock; tick Clock", "Clock.Timer"},
-      {"closing unloads", "close; ?", "!unloaded @"},
       // Keys on a list without a selection; on a box, the caret within the text; on the tab
       // control and the up-down control.
       {"list keys stay within the ends",
@@ -490,18 +484,6 @@ TEST_F(FormTest, HandlersActInsideTheStepThatRaisedThem) {
       {"typing stops when a handler takes the box away", "TxtFree", Notification::kChange,
        [this] { form->SetEnabled(form->Id("TxtFree"), false); }, "", "type TxtFree 123; ?TxtFree",
        "TxtFree.GotFocus TxtFree.Change(1) TxtFree=1|"},
-      {"start raises Load, then focuses the first stop", "TestForm", Notification::kLoad,
-       [this] { form->SetEnabled(form->Id("Tabs"), true); }, "disable Tabs", "start; ?",
-       "TestForm.Load Tabs.GotFocus @Tabs"},
-      {"an unload in Load ends the program before the form is shown", "TestForm",
-       Notification::kLoad, [this] { form->Unload(); }, "", "start; ?",
-       "TestForm.Load !unloaded @"},
-      {"an unload ends the program from inside any handler", "Btn", Notification::kClick,
-       [this] {
-         form->Unload();
-         trace.push_back("after");
-       },
-       "", "click Btn", "Btn.GotFocus Btn.Click !unloaded"},
   };
   for (const Case& c : cases) {
     Reset();

@@ -21,7 +21,6 @@ AccessibleView ReadAccessible(HWND hwnd) {
   const HRESULT result =
       AccessibleObjectFromWindow(hwnd, static_cast<DWORD>(OBJID_CLIENT), __uuidof(IAccessible),
                                  reinterpret_cast<void**>(&accessible));
-  view.result = static_cast<long>(result);
   if (FAILED(result) || accessible == nullptr) return view;
   view.found = true;
   VARIANT self;
@@ -36,7 +35,6 @@ AccessibleView ReadAccessible(HWND hwnd) {
   VARIANT role;
   VariantInit(&role);
   if (SUCCEEDED(accessible->get_accRole(self, &role)) && role.vt == VT_I4) {
-    view.role = role.lVal;
     wchar_t text[128] = {};
     const UINT length = GetRoleTextW(static_cast<DWORD>(role.lVal), text, 128);
     view.role_text = Utf8(text, static_cast<int>(length));

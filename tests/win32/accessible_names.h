@@ -11,11 +11,9 @@
 namespace ketra::probe {
 
 struct AccessibleView {
-  bool found = false;  // an accessible object was given for the window
-  long result = 0;     // what AccessibleObjectFromWindow answered
-  std::string name;    // UTF-8; empty when it has none
-  long role = 0;       // ROLE_SYSTEM_*
-  std::string role_text;
+  bool found = false;     // an accessible object was given for the window
+  std::string name;       // UTF-8; empty when it has none
+  std::string role_text;  // the role as GetRoleText words it
 };
 
 AccessibleView ReadAccessible(HWND hwnd);

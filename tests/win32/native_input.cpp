@@ -20,7 +20,6 @@ INPUT Key(WORD virtual_key, bool up) {
     case VK_DOWN:
     case VK_HOME:
     case VK_END:
-    case VK_DELETE:
       input.ki.dwFlags |= KEYEVENTF_EXTENDEDKEY;
       break;
     default:
@@ -41,10 +40,9 @@ void Chord(const std::vector<WORD>& modifiers, WORD virtual_key) {
 
 WORD NamedKey(const std::string& name) {
   static const std::pair<const char*, WORD> kKeys[] = {
-      {"Tab", VK_TAB},       {"Up", VK_UP},         {"Down", VK_DOWN},      {"Left", VK_LEFT},
-      {"Right", VK_RIGHT},   {"Home", VK_HOME},     {"End", VK_END},        {"space", VK_SPACE},
-      {"Return", VK_RETURN}, {"Escape", VK_ESCAPE}, {"BackSpace", VK_BACK}, {"Delete", VK_DELETE},
-      {"F4", VK_F4}};
+      {"Tab", VK_TAB},       {"Up", VK_UP},         {"Down", VK_DOWN},     {"Left", VK_LEFT},
+      {"Right", VK_RIGHT},   {"Home", VK_HOME},     {"End", VK_END},       {"space", VK_SPACE},
+      {"Return", VK_RETURN}, {"Escape", VK_ESCAPE}, {"BackSpace", VK_BACK}};
   for (const auto& [key_name, key] : kKeys) {
     if (name == key_name) return key;
   }
@@ -65,8 +63,6 @@ bool PressKey(const std::string& spec) {
     const std::string modifier = rest.substr(0, plus);
     if (modifier == "shift") {
       modifiers.push_back(VK_SHIFT);
-    } else if (modifier == "ctrl") {
-      modifiers.push_back(VK_CONTROL);
     } else if (modifier == "alt") {
       modifiers.push_back(VK_MENU);
     } else {

@@ -9,7 +9,7 @@
 
 namespace ketra::probe {
 
-// A key with its modifiers, such as "Tab", "shift+Tab", "alt+a", "Down", "space", "BackSpace".
+// A key with its modifiers (shift, alt), such as "Tab", "shift+Tab", "alt+a", "Down", "space".
 // False for a name it does not know.
 bool PressKey(const std::string& spec);
 // Each character typed with the keys that make it on the keyboard layout.

@@ -123,7 +123,6 @@ nlohmann::json PanelWindow::State() const {
     if (hwnd == nullptr) continue;
     const forms::Control& control = form_->at(id);
     if (hwnd == thread.hwndFocus) focus = control.name;
-    const LONG style = GetWindowLongA(hwnd, GWL_STYLE);
     nlohmann::json shown = {
         {"control", control.name},
         {"kind", forms::KindName(control.kind)},
@@ -133,7 +132,6 @@ nlohmann::json PanelWindow::State() const {
         {"clipped_out", window::win32::VisibleRect(*form_, id, 96).width() == 0},
         {"shown", IsWindowVisible(hwnd) != FALSE},
         {"enabled", IsWindowEnabled(hwnd) != FALSE},
-        {"tabstop", (style & WS_TABSTOP) != 0},
     };
     switch (control.kind) {
       case Kind::kFrame:

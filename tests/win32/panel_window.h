@@ -38,7 +38,7 @@ class PanelWindow {
   RECT ClientRectOf(HWND hwnd) const;
 
   // The form's state as shown: every control that has a window, with `control`, `kind`,
-  // `container`, `page` (of the tab control it fills, -1 else), `shown`, `enabled`, `tabstop`,
+  // `container`, `page` (of the tab control it fills, -1 else), `shown`, `enabled`,
   // and what its kind shows: `caption`, `text`, `value`, `items` and `index`, `picture` (from
   // the screen's pixels), `tab_shown`; and `focus`, the name of the control with the focus.
   nlohmann::json State() const;

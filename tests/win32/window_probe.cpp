@@ -207,9 +207,7 @@ int PrintNames(const PanelWindow& panel) {
                                 // A lamp's picture as the screen shows it.
                                 {"picture", PictureOf(state, control.name)},
                                 {"found", view.found},
-                                {"result", view.result},
                                 {"name", view.name},
-                                {"role", view.role},
                                 {"role_text", view.role_text}}
                      .dump()
               << std::endl;
