@@ -3,7 +3,6 @@
 // script, must leave the same hive, the same message boxes, the same controls and the same
 // program state. Besides, the window is checked to show the engine's state after every step.
 #include <QAbstractItemView>
-#include <QAccessible>
 #include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
@@ -498,23 +497,6 @@ class FormViewTest : public QObject {
       }
       QCOMPARE(shown_dumps.size(), expected.dumps.size());
     }
-  }
-
-  // The press actions a screen reader offers go to the engine as the user's actions: a tab's
-  // shows its page, an option's selects it. Names, roles, values and their announcements are
-  // read from the real window by the AT-SPI test (tests/atspi).
-  void assistiveActionsReachTheEngine() {
-    WindowRun run;
-    QAccessibleInterface* strip = QAccessible::queryAccessibleInterface(run.view->tab_strip());
-    strip->child(1)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
-    QCOMPARE(run.form().page(), 1);
-    QVERIFY(strip->child(1)->state().selected && strip->child(1)->state().focused);
-    strip->child(0)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
-    QAccessibleInterface* option =
-        QAccessible::queryAccessibleInterface(run.view->widget("OPT_DSB"));
-    QVERIFY(!option->state().checked);
-    option->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
-    QVERIFY(run.form().at("OPT_DSB").value && option->state().checked);
   }
 
   // Every stop in the tab order shows a focus mark with at least 3:1 contrast against what

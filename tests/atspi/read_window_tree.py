@@ -7,7 +7,9 @@ checks the names, roles and values of the controls a user works with; then works
 the keyboard (xdotool) and checks what a screen reader is told: the focus on each tab and the
 port list, each new port and page, the up-down control's new value, and a text box entered by
 Tab with its whole text selected, read as a reader reads it, once: with the focus, not also as a
-change of selection before or after it. Exit status 77 (skip) only when
+change of selection before or after it. Last, the press actions a reader offers: the Config tab's
+shows its page, the Disable option's disables the port (both reach the program, not only the
+widget). Exit status 77 (skip) only when
 the accessibility bus cannot be started; 0 when every check holds; 1 otherwise.
 """
 import argparse
@@ -199,6 +201,48 @@ KEY_STEPS = [
 ]
 
 
+def press(node):
+    """Performs the press action that a screen reader offers on `node`."""
+    action = node.queryAction()
+    for index in range(action.nActions):
+        if action.getName(index).lower() == "press":
+            return action.doAction(index)
+    return False
+
+
+def check_actions(pyatspi, app, heard):
+    """Presses the Config tab (the Status page is shown), then the Disable option; the port's
+    fields greyed and the page shown are the program's doing, not the widget's."""
+    def node(role, name):
+        return [n for n, _ in walk(app) if n.getRoleName() == role and n.name == name][0]
+
+    def has(item, state):
+        return node(*item).getState().contains(state)
+
+    config = ("page tab", "Config")
+    disable = ("radio button", "Disable")
+    local = ("text", "Local UDP Port")
+    steps = [(config, [(config, pyatspi.STATE_SELECTED, True),
+                       (config, pyatspi.STATE_FOCUSED, True),
+                       (local, pyatspi.STATE_SHOWING, True)]),
+             (disable, [(disable, pyatspi.STATE_CHECKED, True),
+                        (local, pyatspi.STATE_ENABLED, False)])]
+    failures = []
+    for pressed, expected in steps:
+        if not press(node(*pressed)):
+            failures.append("no press action on %s %r" % pressed)
+            continue
+        deadline = time.time() + 5
+        while any(has(item, state) != want for item, state, want in expected):
+            if time.time() > deadline:
+                failures.append("after a press on %s %r, not as expected: %r" % (
+                    pressed + ([(item, str(state), has(item, state))
+                                for item, state, _ in expected],)))
+                break
+            heard.pump(0.05)
+    return failures
+
+
 def check_announcements(heard, window_id):
     failures = []
     for keys, expected in KEY_STEPS:
@@ -297,6 +341,7 @@ def main():
         if spin.queryValue().currentValue != start + 1:
             failures.append("the up-down control's value is %r after Up from %r"
                             % (spin.queryValue().currentValue, start))
+        failures += check_actions(pyatspi, app, heard)
         if args.show_tree:
             for item in heard.heard:
                 print("heard %s %s %r %r" % item)
@@ -310,7 +355,7 @@ def main():
     for failure in failures:
         print("FAIL: " + failure)
     if not failures:
-        print("ok   %d names and roles, %d keyboard steps heard through AT-SPI"
+        print("ok   %d names and roles, %d keyboard steps heard, 2 press actions through AT-SPI"
               % (len(EXPECTED), len(KEY_STEPS)))
     return 1 if failures else 0
 
