@@ -56,7 +56,8 @@ Daemon::Daemon(const DaemonConfig& config, registry::Registry& registry, Service
 bool Daemon::PublishDeviceMap() {
   // Another program may hold the hive locked for a while (each try waits out the hive's own
   // busy time-out); the daemon tries again for a bounded time and stops if told to meanwhile.
-  // A hive that is corrupt, another program's file or not writable stays so: no waiting.
+  // Nothing else is waited for: a hive that is corrupt, another program's file, not writable
+  // or failing to read or write stays so.
   const auto deadline = std::chrono::steady_clock::now() + kHiveWait;
   for (bool warned = false;; warned = true) {
     const runtime::Status published = device_map_->Publish(config_.ports);
@@ -69,6 +70,9 @@ bool Daemon::PublishDeviceMap() {
     if (published.IsPermissionDenied()) {
       throw std::runtime_error("device map in " + config_.hive + ": " + problem +
                                ": the hive may not be written (read-only, or no permission)");
+    }
+    if (!published.IsBusy()) {
+      throw std::runtime_error("device map in " + config_.hive + ": " + problem);
     }
     if (std::chrono::steady_clock::now() >= deadline) {
       throw std::runtime_error("device map in " + config_.hive + ": " + problem + " (tried for " +

@@ -17,6 +17,7 @@ runtime::Status Failed(registry::Status status, std::string what) {
   if (status == registry::kErrorAccessDenied) {
     return runtime::Status::PermissionDenied(std::move(what));
   }
+  if (status == registry::kErrorLockViolation) return runtime::Status::Busy(std::move(what));
   return runtime::Status::IoError(std::move(what));
 }
 

@@ -30,7 +30,7 @@ class DeviceMap {
   // Removes stale entries of this driver and writes one per port. When the key cannot be made or
   // a value not written, what was written is withdrawn and the Status says why: Corruption for a
   // hive that is damaged or another program's file, PermissionDenied for one that may not be
-  // written, IoError otherwise (a lock, say: worth another try).
+  // written, Busy for one another program holds locked (worth another try), IoError otherwise.
   runtime::Status Publish(const std::vector<std::string>& port_names);
   // Removes the entries this object wrote; false when one could not be removed.
   bool Withdraw();

@@ -71,11 +71,17 @@ TEST(DeviceMapTest, AFailedWriteLeavesNothingOfOurs) {
   EXPECT_NE(write_failed.message().find("TesSerial1"), std::string::npos);
   EXPECT_TRUE(MapValues(*memory).empty());
 
+  // Only a lock is worth another try (the start waits for it); a failing file is not.
   registry.Clear();
-  registry.FailWhen(registry::FaultyRegistry::Op::kCreate, "SERIALCOMM");
+  registry.FailWhen(registry::FaultyRegistry::Op::kCreate, "SERIALCOMM",
+                    registry::kErrorLockViolation);
   const runtime::Status create_failed = map.Publish({"COM3"});
-  EXPECT_FALSE(create_failed.ok());
+  EXPECT_TRUE(create_failed.IsBusy());
   EXPECT_NE(create_failed.message().find("cannot create"), std::string::npos);
+  registry.Clear();
+  registry.FailWhen(registry::FaultyRegistry::Op::kCreate, "SERIALCOMM",
+                    registry::kErrorRegistryIoFailed);
+  EXPECT_EQ(map.Publish({"COM3"}).code(), runtime::Status::Code::kIoError);
 }
 
 }  // namespace

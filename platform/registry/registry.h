@@ -36,6 +36,7 @@ using runtime::kErrorFileNotFound;
 using runtime::kErrorInvalidHandle;
 using runtime::kErrorInvalidParameter;
 using runtime::kErrorKeyDeleted;
+using runtime::kErrorLockViolation;
 using runtime::kErrorMoreData;
 using runtime::kErrorNoMoreItems;
 using runtime::kErrorRegistryIoFailed;

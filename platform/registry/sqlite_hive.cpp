@@ -120,6 +120,9 @@ Status StatusOf(int rc) {
     case SQLITE_PERM:
     case SQLITE_AUTH:
       return kErrorAccessDenied;
+    case SQLITE_BUSY:  // the busy time-out ran out
+    case SQLITE_LOCKED:
+      return kErrorLockViolation;
     case SQLITE_NOTADB:
     case SQLITE_CORRUPT:
     case SQLITE_FORMAT:
@@ -400,12 +403,12 @@ Status SqliteStore::CheckSchema(bool for_write) {
   // Per-connection settings: cascades need foreign keys on; NORMAL keeps a commit in the WAL
   // without a sync on every write.
   // The log is copied back into the file once it holds about 4 MB, and cut back to 1 MB after.
-  if (sqlite3_exec(db_.get(),
+  const int rc =
+      sqlite3_exec(db_.get(),
                    "PRAGMA foreign_keys = ON; PRAGMA synchronous = NORMAL;"
                    " PRAGMA wal_autocheckpoint = 4000; PRAGMA journal_size_limit = 1048576",
-                   nullptr, nullptr, nullptr) != SQLITE_OK) {
-    return kErrorRegistryIoFailed;
-  }
+                   nullptr, nullptr, nullptr);
+  if (rc != SQLITE_OK) return StatusOf(rc);
   // A hive is always in WAL mode; a file put back into another mode by some tool returns to it.
   const char* mode_sql = read_only_ ? "PRAGMA journal_mode" : "PRAGMA journal_mode = WAL";
   std::string mode;

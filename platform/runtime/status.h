@@ -25,6 +25,7 @@ class [[nodiscard]] Status {
     kPermissionDenied,  // the system or a peer refused us
     kCorruption,        // stored data is damaged or not ours (a hive that is no hive)
     kIoError,           // a system call failed; the message names it and its errno
+    kBusy,              // another program holds what we need, for now: worth another try
   };
 
   Status() = default;
@@ -38,6 +39,7 @@ class [[nodiscard]] Status {
   }
   static Status Corruption(std::string message) { return {Code::kCorruption, std::move(message)}; }
   static Status IoError(std::string message) { return {Code::kIoError, std::move(message)}; }
+  static Status Busy(std::string message) { return {Code::kBusy, std::move(message)}; }
   // "<what>: <strerror(error)>".
   static Status FromErrno(const std::string& what, int error);
 
@@ -47,6 +49,7 @@ class [[nodiscard]] Status {
   bool IsInvalidArgument() const { return code_ == Code::kInvalidArgument; }
   bool IsPermissionDenied() const { return code_ == Code::kPermissionDenied; }
   bool IsCorruption() const { return code_ == Code::kCorruption; }
+  bool IsBusy() const { return code_ == Code::kBusy; }
   // The reason, as a sentence for the user; empty when ok.
   const std::string& message() const { return message_; }
 

@@ -14,6 +14,7 @@ inline constexpr std::int32_t kErrorInvalidFunction = 1;
 inline constexpr std::int32_t kErrorFileNotFound = 2;
 inline constexpr std::int32_t kErrorAccessDenied = 5;
 inline constexpr std::int32_t kErrorInvalidHandle = 6;
+inline constexpr std::int32_t kErrorLockViolation = 33;  // another program holds the hive locked
 inline constexpr std::int32_t kErrorInvalidParameter = 87;
 inline constexpr std::int32_t kErrorInvalidName = 123;
 inline constexpr std::int32_t kErrorMoreData = 234;
