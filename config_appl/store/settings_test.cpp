@@ -2,14 +2,14 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-
-#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "config_appl/app/program_fixture.h"
 #include "config_appl/model/default_settings.h"
 #include "config_appl/port/address.h"
+#include "config_appl/port/port_record.h"
+#include "config_appl/port/stored_port.h"
 #include "config_appl/store/discover_ports.h"
 #include "config_appl/store/registry_value.h"
 #include "config_appl/store/settings_load.h"
@@ -30,11 +30,7 @@ void Discover(ProgramFixture& f, int ports) {
   DiscoverPorts(f.p());
   Declarations& d = f.p().decl();
   d.LastPort = static_cast<std::int16_t>(d.PortCount - 1);
-  for (int r = 0; r <= d.LastPort; ++r) {
-    d.PortTable[r].FlowControl = "0";
-    d.PortTable[r].XOFF = 65;
-    d.PortTable[r].XON = 66;
-  }
+  for (int r = 0; r <= d.LastPort; ++r) SetStartupFlow(d.PortTable[r]);
 }
 
 struct StoredForm {
