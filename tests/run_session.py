@@ -8,6 +8,8 @@ A case is a set of files sharing one path prefix, e.g. tests/session/first_run:
   first_run.hive.reg         optional: imported with ketra-reg into the fresh hive first
   first_run.args             optional: more ketra-session arguments, one a line
                              (default --app-path /opt/ketra when none names --app-path)
+  first_run.app/             optional: the program's directory (--app-path), with the files
+                             the program reads there (its settings file)
   first_run.after.reg        optional: after the run, the export of the first key it names
                              must equal it line for line
   first_run.unchanged        optional marker: the whole hive must export the same after the
@@ -176,7 +178,8 @@ def run_case(opts, case, machine, failures):
         with open(case + ".args", encoding="utf-8") as f:
             args = [line.strip() for line in f if line.strip() and not line.startswith("#")]
     if "--app-path" not in args:
-        args += ["--app-path", "/opt/ketra"]
+        app = case + ".app"
+        args += ["--app-path", os.path.abspath(app) if os.path.isdir(app) else "/opt/ketra"]
     run = machine.run(opts.session, *args, case + ".session")
     if run.returncode != 0:
         failures.append(f"exit status {run.returncode}; stderr: {run.stderr.strip()}")
