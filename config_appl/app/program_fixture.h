@@ -34,8 +34,7 @@ class RecordingBoxes : public forms::MessageBoxService {
 class FixedApp : public forms::AppServices {
  public:
   std::string Path() const override { return "/opt/ketra"; }
-  bool PrevInstance() override { return prev_instance; }
-  bool prev_instance = false;
+  bool PrevInstance() override { return false; }  // another instance is the sessions' case
 };
 
 class ProgramFixture {
