@@ -570,7 +570,7 @@ class FormViewTest : public QObject {
   }
 
   // Every control at its geometry in its container (the form at its size); images the size of
-  // their picture whatever the geometry; the window's reader of the pictures.
+  // their picture whatever the geometry; the lamps and the window's reader of their files.
   void standsAsLaidOut() {
     WindowRun run;
     const forms::Form& form = run.form();
@@ -597,14 +597,39 @@ class FormViewTest : public QObject {
       QCOMPARE(widget->size(), control.kind == forms::Kind::kImage ? QSize(19, 22) : pixels.size());
     }
 
-    // The window's own reader of the pictures gives what Qt's reader gives.
-    for (const forms::Picture picture :
-         {forms::Picture::kGreen, forms::Picture::kRed, forms::Picture::kGrey}) {
+    // Each lamp as Qt reads its file: a disc of its own fill in a black outline, 19 by 22 on the
+    // window's grey; the window's own reader of the pictures gives the same.
+    const QColor black(0, 0, 0), grey(228, 227, 226);
+    for (const auto& [picture, fill] : {std::pair{forms::Picture::kGreen, QColor(0, 255, 128)},
+                                        {forms::Picture::kRed, QColor(255, 0, 0)},
+                                        {forms::Picture::kGrey, QColor(200, 200, 200)}}) {
       const std::vector<std::uint8_t> file = LampBitmap(picture);
-      const QImage by_qt = QImage::fromData(file.data(), static_cast<int>(file.size()), "BMP");
-      QVERIFY(!by_qt.isNull());
-      QCOMPARE(Rgb(BitmapImage(file)), Rgb(by_qt));
+      const QImage lamp = QImage::fromData(file.data(), static_cast<int>(file.size()), "BMP");
+      QCOMPARE(lamp.size(), QSize(19, 22));
+      QCOMPARE(Rgb(BitmapImage(file)), Rgb(lamp));
+      QRect outline;
+      int filled = 0;
+      for (int y = 0; y < lamp.height(); ++y) {
+        for (int x = 0; x < lamp.width(); ++x) {
+          const QColor pixel = lamp.pixelColor(x, y);
+          QVERIFY(pixel == black || pixel == grey || pixel == fill);
+          if (pixel == black) outline |= QRect(x, y, 1, 1);
+          if (pixel != fill) continue;
+          ++filled;
+          for (const QPoint next :
+               {QPoint(x + 1, y), QPoint(x - 1, y), QPoint(x, y + 1), QPoint(x, y - 1)}) {
+            QVERIFY(lamp.pixelColor(next) != grey);  // the outline closes the fill in
+          }
+        }
+      }
+      QCOMPARE(outline, QRect(QPoint(1, 3), QPoint(16, 18)));
+      QVERIFY(filled > 150 && lamp.pixelColor(8, 10) == fill);
+      for (const QPoint corner :
+           {outline.topLeft(), outline.topRight(), outline.bottomLeft(), outline.bottomRight()}) {
+        QCOMPARE(lamp.pixelColor(corner), grey);  // round
+      }
     }
+    QVERIFY(LampBitmap(forms::Picture::kNone).empty());
   }
 
   // No option's caption is cut, whatever the font (the suite runs this also with DejaVu alone).
