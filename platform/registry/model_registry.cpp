@@ -9,17 +9,23 @@ ModelRegistry::ModelRegistry(std::unique_ptr<HiveStore> store) : store_(std::mov
 KeyId ModelRegistry::KeyOf(HKey handle) const {
   if (handle == kHKeyLocalMachine) return kRootKeyId;
   if (handle == 0 || handle > handles_.size()) return 0;
-  return handles_[handle - 1];
+  return handles_[handle - 1].key;
 }
 
-HKey ModelRegistry::NewHandle(KeyId id) {
+Status ModelRegistry::Allowed(HKey handle, std::uint32_t rights) const {
+  // A handle that is not open is Resolve's to refuse.
+  if (handle == kHKeyLocalMachine || KeyOf(handle) == 0) return kErrorSuccess;
+  return (handles_[handle - 1].rights & rights) == rights ? kErrorSuccess : kErrorAccessDenied;
+}
+
+HKey ModelRegistry::NewHandle(KeyId id, std::uint32_t rights) {
   for (std::size_t i = 0; i < handles_.size(); ++i) {
-    if (handles_[i] == 0) {
-      handles_[i] = id;
+    if (handles_[i].key == 0) {
+      handles_[i] = {id, rights};
       return static_cast<HKey>(i + 1);
     }
   }
-  handles_.push_back(id);
+  handles_.push_back({id, rights});
   return static_cast<HKey>(handles_.size());
 }
 
@@ -93,11 +99,11 @@ Status ModelRegistry::Walk(KeyId* id) {
 }
 
 Status ModelRegistry::OpenKey(HKey parent, std::string_view sub_key, HKey* result) {
-  return OpenKeyEx(parent, sub_key, 0, kKeyRead, result);
+  return OpenKeyEx(parent, sub_key, 0, kKeyAllAccess, result);
 }
 
-Status ModelRegistry::OpenKeyEx(HKey parent, std::string_view sub_key, std::uint32_t, std::uint32_t,
-                                HKey* result) {
+Status ModelRegistry::OpenKeyEx(HKey parent, std::string_view sub_key, std::uint32_t,
+                                std::uint32_t sam, HKey* result) {
   if (result == nullptr) return kErrorInvalidParameter;
   *result = 0;
   HiveKey* key = nullptr;
@@ -110,12 +116,12 @@ Status ModelRegistry::OpenKeyEx(HKey parent, std::string_view sub_key, std::uint
   // The handle reads the key as it is now.
   status = Ensure(id, &key);
   if (status != kErrorSuccess) return status;
-  *result = NewHandle(id);
+  *result = NewHandle(id, sam);
   return kErrorSuccess;
 }
 
 Status ModelRegistry::CreateKeyEx(HKey parent, std::string_view sub_key, std::uint32_t,
-                                  std::uint32_t, HKey* result, std::uint32_t* disposition) {
+                                  std::uint32_t sam, HKey* result, std::uint32_t* disposition) {
   if (result == nullptr) return kErrorInvalidParameter;
   *result = 0;
   HiveKey* key = nullptr;
@@ -164,7 +170,7 @@ Status ModelRegistry::CreateKeyEx(HKey parent, std::string_view sub_key, std::ui
   if (disposition != nullptr) {
     *disposition = created ? kRegCreatedNewKey : kRegOpenedExistingKey;
   }
-  *result = NewHandle(id);
+  *result = NewHandle(id, sam);
   return kErrorSuccess;
 }
 
@@ -172,6 +178,7 @@ Status ModelRegistry::QueryValueEx(HKey handle, std::string_view value_name, std
                                    std::uint8_t* data, std::uint32_t* data_length) {
   // No refresh here: a handle reads the values as they were when it was opened, together with
   // this instance's own writes. That makes a query as cheap as a lookup in memory.
+  if (Status allowed = Allowed(handle, kKeyQueryValue); allowed != kErrorSuccess) return allowed;
   HiveKey* key = nullptr;
   KeyId id = 0;
   Status status = Resolve(handle, false, false, &key, &id);
@@ -202,6 +209,7 @@ Status ModelRegistry::QueryValueEx(HKey handle, std::string_view value_name, std
 Status ModelRegistry::SetValueEx(HKey handle, std::string_view value_name, std::uint32_t type,
                                  const std::uint8_t* data, std::uint32_t data_length) {
   if (data == nullptr && data_length > 0) return kErrorInvalidParameter;
+  if (Status allowed = Allowed(handle, kKeySetValue); allowed != kErrorSuccess) return allowed;
   HiveKey* key = nullptr;
   KeyId id = 0;
   Status status = Resolve(handle, false, true, &key, &id);
@@ -232,13 +240,15 @@ Status ModelRegistry::SetValueEx(HKey handle, std::string_view value_name, std::
 Status ModelRegistry::CloseKey(HKey handle) {
   if (handle == kHKeyLocalMachine) return kErrorSuccess;
   if (KeyOf(handle) == 0) return kErrorInvalidHandle;
-  handles_[handle - 1] = 0;
-  while (!handles_.empty() && handles_.back() == 0) handles_.pop_back();
+  handles_[handle - 1] = {};
+  while (!handles_.empty() && handles_.back().key == 0) handles_.pop_back();
   return kErrorSuccess;
 }
 
 Status ModelRegistry::EnumKey(HKey handle, std::uint32_t index, std::string* name) {
   if (name == nullptr) return kErrorInvalidParameter;
+  if (Status allowed = Allowed(handle, kKeyEnumerateSubKeys); allowed != kErrorSuccess)
+    return allowed;
   HiveKey* key = nullptr;
   KeyId id = 0;
   // A walk starts at index 0; that is when the model catches up with other processes.
@@ -260,6 +270,7 @@ Status ModelRegistry::EnumKey(HKey handle, std::uint32_t index, std::string* nam
 
 Status ModelRegistry::EnumValue(HKey handle, std::uint32_t index, std::string* name,
                                 std::uint32_t* type, std::vector<std::uint8_t>* data) {
+  if (Status allowed = Allowed(handle, kKeyQueryValue); allowed != kErrorSuccess) return allowed;
   HiveKey* key = nullptr;
   KeyId id = 0;
   Status status = Resolve(handle, index == 0, false, &key, &id);
@@ -273,6 +284,7 @@ Status ModelRegistry::EnumValue(HKey handle, std::uint32_t index, std::string* n
 }
 
 Status ModelRegistry::DeleteValue(HKey handle, std::string_view value_name) {
+  if (Status allowed = Allowed(handle, kKeySetValue); allowed != kErrorSuccess) return allowed;
   HiveKey* key = nullptr;
   KeyId id = 0;
   Status status = Resolve(handle, true, false, &key, &id);

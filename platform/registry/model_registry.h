@@ -84,6 +84,8 @@ class ModelRegistry : public Registry, public BatchWriter {
  private:
   // The key id behind a handle, or 0 for a handle that is not open.
   KeyId KeyOf(HKey handle) const;
+  // kErrorAccessDenied when an open handle lacks one of `rights`.
+  Status Allowed(HKey handle, std::uint32_t rights) const;
   // The key of an open handle, after a refresh of the model when `refresh`, with its values.
   Status Resolve(HKey handle, bool refresh, bool for_write, HiveKey** key, KeyId* id);
   // The key `id` with its values, read from the store where the model lacks them.
@@ -94,7 +96,7 @@ class ModelRegistry : public Registry, public BatchWriter {
   Status Child(KeyId parent, const std::string& folded, KeyId* child);
   // Walks `parts_` down from `id`.
   Status Walk(KeyId* id);
-  HKey NewHandle(KeyId id);
+  HKey NewHandle(KeyId id, std::uint32_t rights);
   // After a failed write: the next call reads the store again.
   void Stale();
   // Ends the batch with none of its writes, in the store or in the model.
@@ -103,8 +105,12 @@ class ModelRegistry : public Registry, public BatchWriter {
   std::unique_ptr<HiveStore> store_;
   HiveModel model_;
   bool loaded_ = false;
-  // Slot i holds the key id of handle i + 1; 0 marks a free slot.
-  std::vector<KeyId> handles_;
+  // Slot i holds handle i + 1: its key id (0 marks a free slot) and the rights it was opened with.
+  struct OpenHandle {
+    KeyId key = 0;
+    std::uint32_t rights = 0;
+  };
+  std::vector<OpenHandle> handles_;
   KeyId next_memory_id_ = kRootKeyId + 1;  // ids of keys when there is no store
   bool in_batch_ = false;
   // Without a store, the model as it was at BeginBatch. A store's batch needs no copy: the store

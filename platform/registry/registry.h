@@ -49,6 +49,12 @@ inline constexpr std::uint32_t kRegDword = 4;
 
 inline constexpr std::uint32_t kKeyRead = 0x20019;
 inline constexpr std::uint32_t kKeyWrite = 0x20006;
+// The rights of a handle that the calls check; kKeyRead holds the first and the third,
+// kKeyWrite the second.
+inline constexpr std::uint32_t kKeyQueryValue = 0x0001;
+inline constexpr std::uint32_t kKeySetValue = 0x0002;
+inline constexpr std::uint32_t kKeyEnumerateSubKeys = 0x0008;
+inline constexpr std::uint32_t kKeyAllAccess = 0xF003F;
 
 inline constexpr std::uint32_t kRegCreatedNewKey = 1;
 inline constexpr std::uint32_t kRegOpenedExistingKey = 2;
@@ -58,7 +64,10 @@ class Registry {
   virtual ~Registry() = default;
 
   // Opens parent\sub_key (one or more levels). On failure *result is set to 0.
-  // An empty sub_key opens parent again.
+  // An empty sub_key opens parent again. A handle allows only what `sam` asked for, checked at
+  // each call: reading or listing values needs kKeyQueryValue, listing subkeys
+  // kKeyEnumerateSubKeys, setting or deleting a value kKeySetValue; otherwise the call fails
+  // with kErrorAccessDenied. OpenKey asks for every right; kHKeyLocalMachine has them all.
   virtual Status OpenKey(HKey parent, std::string_view sub_key, HKey* result) = 0;
   virtual Status OpenKeyEx(HKey parent, std::string_view sub_key, std::uint32_t options,
                            std::uint32_t sam, HKey* result) = 0;

@@ -11,8 +11,8 @@
 #include "platform/registry/registry.h"
 #include "platform/registry/registry_batch.h"
 #include "platform/registry/sqlite_hive.h"
-#include "platform/runtime/test_temp_dir.h"
 #include "platform/registry/test_registry.h"
+#include "platform/runtime/test_temp_dir.h"
 
 namespace ketra::registry {
 namespace {
@@ -38,7 +38,7 @@ class RegistryTest : public ::testing::Test {
  protected:
   RegistryTest() : reg_(kind_.Make()) {}
 
-  HKey Create(std::string_view path) { return CreateKey(*reg_, path); }
+  HKey Create(std::string_view path) { return CreateKey(*reg_, path, kKeyRead | kKeyWrite); }
   void Set(HKey key, std::string_view name, std::uint32_t type, std::string_view data) {
     SetValue(*reg_, key, name, type, data);
   }
@@ -86,6 +86,26 @@ TYPED_TEST(RegistryTest, CreateMakesParentsAndOpenFindsEveryLevel) {
   EXPECT_EQ(this->Values(again), Names{"X"});
   EXPECT_EQ(this->Subkeys(this->Open("")), Names{"Software"});
   for (HKey h : {software, tessaron, vsp, again}) EXPECT_EQ(reg.CloseKey(h), kErrorSuccess);
+}
+
+// A handle allows what it was opened for, at each call, as the platform's does: a panel that
+// read through its handle for writing would work here and fail there.
+TYPED_TEST(RegistryTest, AHandleAllowsOnlyWhatItWasOpenedFor) {
+  Registry& reg = *this->reg_;
+  const HKey write_only = CreateKey(reg, "Software\\Tessaron", kKeyWrite);
+  SetValue(reg, write_only, "X", kRegSz, "1");
+  std::string name;
+  std::vector<std::uint8_t> data;
+  std::uint32_t length = 0;
+  EXPECT_EQ(reg.QueryValueEx(write_only, "X", nullptr, nullptr, &length), kErrorAccessDenied);
+  EXPECT_EQ(reg.EnumValue(write_only, 0, &name, nullptr, &data), kErrorAccessDenied);
+  EXPECT_EQ(reg.EnumKey(write_only, 0, &name), kErrorAccessDenied);
+  HKey read_only = 0;
+  ASSERT_EQ(reg.OpenKeyEx(kHKeyLocalMachine, "Software\\Tessaron", 0, kKeyRead, &read_only),
+            kErrorSuccess);
+  EXPECT_EQ(reg.QueryValueEx(read_only, "X", nullptr, nullptr, &length), kErrorSuccess);
+  EXPECT_EQ(reg.SetValueEx(read_only, "X", kRegSz, nullptr, 0), kErrorAccessDenied);
+  EXPECT_EQ(reg.DeleteValue(read_only, "X"), kErrorAccessDenied);
 }
 
 TYPED_TEST(RegistryTest, AFailedOpenOrCreateZeroesTheHandle) {
@@ -337,9 +357,10 @@ TYPED_TEST(RegistryTest, HandlesAfterClose) {
   for (HKey bogus : {0u, 12345u, 0x80000001u}) {
     EXPECT_EQ(reg.CloseKey(bogus), kErrorInvalidHandle) << bogus;
   }
-  // The root is always a handle, and closing it changes nothing.
+  // The root is always a handle, and closing it changes nothing. OpenKey asks for every right.
   EXPECT_EQ(reg.CloseKey(kHKeyLocalMachine), kErrorSuccess);
   EXPECT_EQ(reg.OpenKey(kHKeyLocalMachine, "Software\\Tessaron", &key), kErrorSuccess);
+  EXPECT_EQ(reg.SetValueEx(key, "X", 0, nullptr, 0), kErrorSuccess);
   // A freed number is handed out again, so handles stay small.
   HKey first = this->Open("Software");
   reg.CloseKey(first);

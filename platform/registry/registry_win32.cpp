@@ -72,9 +72,9 @@ class Win32Registry final : public Registry {
     if (parent_key == nullptr) return kErrorInvalidHandle;
     HKEY key = nullptr;
     // RegOpenKeyA gives the parent's own handle back for an empty sub key; reopen it instead so
-    // that every handle of ours owns a handle of its own.
+    // that every handle of ours owns a handle of its own, with the rights RegOpenKeyA asks for.
     const std::string name = Z(sub_key);
-    LSTATUS status = name.empty() ? RegOpenKeyExA(parent_key, nullptr, 0, KEY_READ, &key)
+    LSTATUS status = name.empty() ? RegOpenKeyExA(parent_key, nullptr, 0, MAXIMUM_ALLOWED, &key)
                                   : RegOpenKeyA(parent_key, name.c_str(), &key);
     if (status != ERROR_SUCCESS) return status;
     *result = Add(key);

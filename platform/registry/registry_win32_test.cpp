@@ -42,16 +42,11 @@ class Win32RegistryTest : public ::testing::Test {
 
 TEST_F(Win32RegistryTest, CreateOpenAndHandles) {
   ASSERT_NE(reg_, nullptr);
-  {
-    // As the panel writes: a handle for writing, which the system refuses to read with.
-    HKey write_only = 0;
-    ASSERT_EQ(reg_->CreateKeyEx(kHKeyLocalMachine, "Software\\Tessaron", 0, kKeyWrite, &write_only,
-                                nullptr),
-              kErrorSuccess);
-    std::uint32_t length = 0;
-    EXPECT_EQ(reg_->QueryValueEx(write_only, "X", nullptr, nullptr, &length), kErrorAccessDenied);
-    EXPECT_EQ(reg_->CloseKey(write_only), kErrorSuccess);
-  }
+  // As the panel writes: a handle for writing, which the system refuses to read with.
+  const HKey write_only = CreateKey(*reg_, "Software\\Tessaron", kKeyWrite);
+  std::uint32_t length = 0;
+  EXPECT_EQ(reg_->QueryValueEx(write_only, "X", nullptr, nullptr, &length), kErrorAccessDenied);
+  EXPECT_EQ(reg_->CloseKey(write_only), kErrorSuccess);
   std::uint32_t disposition = 0;
   HKey key = Create("Software\\Tessaron\\VSP\\COM3", &disposition);
   EXPECT_EQ(disposition, kRegCreatedNewKey);
@@ -76,7 +71,7 @@ TEST_F(Win32RegistryTest, CreateOpenAndHandles) {
 
   ASSERT_EQ(reg_->CloseKey(key), kErrorSuccess);
   EXPECT_EQ(reg_->CloseKey(key), kErrorInvalidHandle);
-  std::uint32_t length = 0;
+  length = 0;
   EXPECT_EQ(reg_->QueryValueEx(key, "X", nullptr, nullptr, &length), kErrorInvalidHandle);
   EXPECT_EQ(reg_->CloseKey(kHKeyLocalMachine), kErrorSuccess);
   // A freed number is handed out again.

@@ -15,9 +15,9 @@
 #include <vector>
 
 #include "platform/registry/sqlite_hive.h"
-#include "platform/runtime/test_temp_dir.h"
 #include "platform/registry/test_killed_writer.h"
 #include "platform/registry/test_registry.h"
+#include "platform/runtime/test_temp_dir.h"
 
 namespace ketra::registry {
 namespace {
