@@ -13,6 +13,7 @@
 
 #include <functional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/forms/form.h"
